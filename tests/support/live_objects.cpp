@@ -2,9 +2,14 @@
 // be ready to unload.
 #include "support/test_support.h"
 
+#include "frame/object.h"
+
 #include <gtest/gtest.h>
 
 namespace scrivix::test {
+
+long LiveObjects() { return ModuleObjectCount(); }
+
 namespace {
 
 class NoLiveObjects : public ::testing::Environment {

@@ -1,0 +1,92 @@
+// Binding, rebinding and unbinding a buffer segment. Every path that takes the read lock either keeps the
+// segment bound or gives the lock back.
+#include "buffer/buffer_segment.h"
+
+#include "frame/class_table.h"
+
+namespace scrivix {
+
+template <class T, const CLSID& Clsid>
+HRESULT DBufferSegment<T, Clsid>::get_MaxSize(LONG* Size) {
+    if (!Size) return E_POINTER;
+    *Size = max_size_;
+    return S_OK;
+}
+
+template <class T, const CLSID& Clsid>
+HRESULT DBufferSegment<T, Clsid>::put_MaxSize(LONG Size) {
+    max_size_ = Size;
+    return S_OK;
+}
+
+template <class T, const CLSID& Clsid>
+HRESULT DBufferSegment<T, Clsid>::CharacterSize(SHORT* Size) {
+    if (!Size) return E_POINTER;
+    *Size = sizeof(T);
+    return S_OK;
+}
+
+template <class T, const CLSID& Clsid>
+HRESULT DBufferSegment<T, Clsid>::PrevSegment(void** Position) {
+    if (!Position) return E_POINTER;
+    segment_end_ = segment_begin_;
+    *Position = segment_end_;
+    return S_OK;
+}
+
+template <class T, const CLSID& Clsid>
+HRESULT DBufferSegment<T, Clsid>::Length(LONG* Length) {
+    if (!Length) return E_POINTER;
+    *Length = static_cast<LONG>(end_ - begin_);
+    return S_OK;
+}
+
+template <class T, const CLSID& Clsid>
+HRESULT DBufferSegment<T, Clsid>::get_Source(LONG, LONG, IUnknown** Buffer) {
+    if (!Buffer) return E_POINTER;
+    *Buffer = nullptr;
+    if (!source_) return E_POINTER;
+    return source_->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(Buffer));
+}
+
+template <class T, const CLSID& Clsid>
+HRESULT DBufferSegment<T, Clsid>::put_Source(LONG Origin, LONG Limit, IUnknown* Buffer) {
+    Unbind();
+    if (!Buffer) return S_OK;
+    ComPtr<IEditBuffer> buffer;
+    HRESULT hr = Buffer->QueryInterface(IID_IEditBuffer, buffer.PutVoid());
+    if (hr == E_NOINTERFACE) return S_OK;
+    if (FAILED(hr)) return hr;
+    if (FAILED(hr = buffer->LockForRead())) return hr;
+    void* begin = nullptr;
+    void* end = nullptr;
+    if (FAILED(hr = buffer->get_Begin(&begin)) || FAILED(hr = buffer->get_End(&end))) {
+        buffer->UnlockFromRead();
+        return hr;
+    }
+    source_ = std::move(buffer);
+    begin_ = static_cast<T*>(begin);
+    end_ = static_cast<T*>(end);
+    // Origin and Limit are positions, not checked beyond keeping the end inside the buffer.
+    segment_begin_ = begin_ + Origin;
+    segment_end_ = Limit > end_ - begin_ ? end_ : begin_ + Limit;
+    return S_OK;
+}
+
+template <class T, const CLSID& Clsid>
+void DBufferSegment<T, Clsid>::Unbind() {
+    if (ComPtr<IEditBuffer> source = std::move(source_)) source->UnlockFromRead();
+    begin_ = end_ = segment_begin_ = segment_end_ = nullptr;
+}
+
+template class DBufferSegment<char, CLSID_BufferSegmentA>;
+template class DBufferSegment<char16_t, CLSID_BufferSegmentU>;
+
+HRESULT CreateBufferSegmentA(IUnknown* outer, REFIID iid, void** ppv) {
+    return CreateComObject<BufferSegmentA>(outer, iid, ppv);
+}
+HRESULT CreateBufferSegmentU(IUnknown* outer, REFIID iid, void** ppv) {
+    return CreateComObject<BufferSegmentU>(outer, iid, ppv);
+}
+
+}  // namespace scrivix

@@ -1,0 +1,144 @@
+// The object frame through a class of the tests' own: interface lookup, identity, reference counts and
+// aggregation, and the library object's refusal to be aggregated.
+#include "frame/object.h"
+#include "support/test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace scrivix {
+namespace {
+
+// A small class with a dual main interface reached also as IDispatch.
+class DProbe : public ObjectRoot, public IBufferSegment, public SupportErrorInfo<IBufferSegment> {
+public:
+    using MainInterface = IBufferSegment;
+    using Interfaces =
+        InterfaceTable<Entry<IBufferSegment>, Entry<IDispatch, IBufferSegment>, Entry<ISupportErrorInfo>>;
+    static const CLSID& ClassId() { return CLSID_BufferSegmentA; }
+    static constexpr bool kAggregatable = true;
+
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE get_MaxSize(LONG* size) override {
+        *size = 7;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE put_MaxSize(LONG) override { return Report(kInvalidExtent); }
+    HRESULT STDMETHODCALLTYPE Begin(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE End(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CharacterSize(SHORT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SegBegin(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SegEnd(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE NextSegment(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE PrevSegment(void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_Source(LONG, LONG, IUnknown**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Source(LONG, LONG, IUnknown*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Length(LONG*) override { return E_NOTIMPL; }
+};
+
+// An outer object that aggregates a DProbe and hands out its IBufferSegment.
+class Outer final : public IUnknown {
+public:
+    Outer() { EXPECT_EQ(CreateComObject<DProbe>(this, IID_IUnknown, inner_.PutVoid()), S_OK); }
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
+        if (iid == IID_IUnknown) {
+            *ppv = static_cast<IUnknown*>(this);
+            AddRef();
+            return S_OK;
+        }
+        return inner_->QueryInterface(iid, ppv);
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++refs; }
+    ULONG STDMETHODCALLTYPE Release() override { return --refs; }
+    ULONG refs = 1;
+    ComPtr<IUnknown> inner_;
+};
+
+ULONG RefCount(IUnknown* object) {
+    object->AddRef();
+    return object->Release();
+}
+
+TEST(InterfaceLookup, AnswersItsTableAndOneIdentity) {
+    ComPtr<IBufferSegment> probe;
+    ASSERT_EQ(MakeObject<DProbe>(probe), S_OK);
+    EXPECT_EQ(RefCount(probe.Get()), 1u);
+
+    ComPtr<IUnknown> a, b;
+    ASSERT_EQ(probe->QueryInterface(IID_IUnknown, a.PutVoid()), S_OK);
+    ComPtr<IDispatch> dispatch = probe.As<IDispatch>();
+    ASSERT_TRUE(dispatch);
+    ASSERT_EQ(dispatch->QueryInterface(IID_IUnknown, b.PutVoid()), S_OK);
+    EXPECT_EQ(a.Get(), b.Get()) << "every interface leads to the same identity";
+    EXPECT_EQ(static_cast<void*>(dispatch.Get()), static_cast<void*>(probe.Get()));
+    EXPECT_EQ(RefCount(probe.Get()), 4u);
+
+    void* none = &none;
+    EXPECT_EQ(probe->QueryInterface(IID_IEditBuffer, &none), E_NOINTERFACE);
+    EXPECT_EQ(none, nullptr) << "a failed query clears its result";
+    EXPECT_EQ(probe->QueryInterface(IID_IDispatch, nullptr), E_POINTER);
+}
+
+TEST(InterfaceLookup, SupportErrorInfoOnlyForTheMainInterface) {
+    ComPtr<IBufferSegment> probe;
+    ASSERT_EQ(MakeObject<DProbe>(probe), S_OK);
+    auto support = probe.As<ISupportErrorInfo>();
+    ASSERT_TRUE(support);
+    EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IBufferSegment), S_OK);
+    EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IDispatch), S_FALSE);
+}
+
+TEST(ObjectCount, FollowsLiveObjects) {
+    const long before = test::LiveObjects();
+    {
+        ComPtr<IBufferSegment> probe;
+        ASSERT_EQ(MakeObject<DProbe>(probe), S_OK);
+        EXPECT_EQ(test::LiveObjects(), before + 1);
+        EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
+    }
+    EXPECT_EQ(test::LiveObjects(), before);
+}
+
+TEST(Aggregation, InnerDelegatesToTheOuterObject) {
+    Outer outer;
+    ASSERT_TRUE(outer.inner_);
+    ComPtr<IBufferSegment> segment;
+    ASSERT_EQ(outer.QueryInterface(IID_IBufferSegment, segment.PutVoid()), S_OK);
+    EXPECT_EQ(outer.refs, 2u) << "a reference through the inner object's interface counts on the outer";
+
+    ComPtr<IUnknown> identity;
+    ASSERT_EQ(segment->QueryInterface(IID_IUnknown, identity.PutVoid()), S_OK);
+    EXPECT_EQ(identity.Get(), static_cast<IUnknown*>(&outer)) << "queries go to the outer object";
+    identity = nullptr;
+    segment = nullptr;
+    EXPECT_EQ(outer.refs, 1u);
+    LONG size = 0;
+    ComPtr<IBufferSegment> again;
+    ASSERT_EQ(outer.inner_->QueryInterface(IID_IBufferSegment, again.PutVoid()), S_OK);
+    EXPECT_EQ(again->get_MaxSize(&size), S_OK);
+    EXPECT_EQ(size, 7);
+}
+
+TEST(Aggregation, OnlyIUnknownMayBeAskedAtCreation) {
+    Outer outer;
+    void* result = &result;
+    EXPECT_EQ(CreateComObject<DProbe>(&outer, IID_IBufferSegment, &result), CLASS_E_NOAGGREGATION);
+    EXPECT_EQ(result, nullptr);
+}
+
+TEST(Aggregation, TheLibraryObjectRefusesAnOuterObject) {
+    Outer outer;
+    ComPtr<IUnknown> object;
+    EXPECT_EQ(CoCreateInstance(CLSID_ScrivixSvr, &outer, CLSCTX_INPROC_SERVER, IID_IUnknown, object.PutVoid()),
+              CLASS_E_NOAGGREGATION);
+    EXPECT_FALSE(object);
+    ComPtr<IScrivixLib> library;
+    ASSERT_EQ(CoCreateInstance(CLSID_ScrivixSvr, nullptr, CLSCTX_ALL, IID_IScrivixLib, library.PutVoid()), S_OK);
+}
+
+}  // namespace
+}  // namespace scrivix
