@@ -611,7 +611,432 @@ SCRIVIX_INTERFACE(ITypeInfo, IUnknown, SCRIVIX_ITypeInfo_METHODS)
     M(void, ReleaseTLibAttr, (TLIBATTR* pTLibAttr))
 SCRIVIX_INTERFACE(ITypeLib, IUnknown, SCRIVIX_ITypeLib_METHODS)
 
-// @@CONTROL-INTERFACES@@
+// ---------------------------------------------------------------------------------------------------------
+// Control data: windows, drawing surfaces and data transfer, as the OLE control interfaces take them.
+
+typedef uintptr_t ULONG_PTR;
+typedef uintptr_t WPARAM;
+typedef intptr_t LPARAM;
+typedef intptr_t LRESULT;
+typedef WORD CLIPFORMAT;
+typedef DWORD OLE_COLOR;
+typedef struct HWND__* HWND;
+typedef struct HDC__* HDC;
+typedef struct HMENU__* HMENU;
+typedef struct HACCEL__* HACCEL;
+typedef struct HPALETTE__* HPALETTE;
+typedef struct HBITMAP__* HBITMAP;
+typedef struct HMETAFILE__* HMETAFILE;
+typedef struct HENHMETAFILE__* HENHMETAFILE;
+typedef void* HGLOBAL;
+typedef HGLOBAL HMETAFILEPICT;
+typedef HGLOBAL HOLEMENU;
+
+struct POINT { LONG x; LONG y; };
+struct POINTL { LONG x; LONG y; };
+struct POINTF { FLOAT x; FLOAT y; };
+struct SIZE { LONG cx; LONG cy; };
+typedef SIZE SIZEL;
+typedef SIZEL* LPSIZEL;
+struct RECT { LONG left; LONG top; LONG right; LONG bottom; };
+typedef RECT* LPRECT;
+typedef const RECT* LPCRECT;
+struct RECTL { LONG left; LONG top; LONG right; LONG bottom; };
+typedef RECTL* LPRECTL;
+typedef const RECTL* LPCRECTL;
+typedef RECT BORDERWIDTHS;
+typedef BORDERWIDTHS* LPBORDERWIDTHS;
+typedef const BORDERWIDTHS* LPCBORDERWIDTHS;
+
+struct MSG {
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time;
+    POINT pt;
+};
+typedef MSG* LPMSG;
+
+struct PALETTEENTRY { BYTE peRed; BYTE peGreen; BYTE peBlue; BYTE peFlags; };
+struct LOGPALETTE {
+    WORD palVersion;
+    WORD palNumEntries;
+    PALETTEENTRY palPalEntry[1];
+};
+
+// A device description: the offsets locate zero-terminated names and the device mode inside tdData.
+struct DVTARGETDEVICE {
+    DWORD tdSize;
+    WORD tdDriverNameOffset;
+    WORD tdDeviceNameOffset;
+    WORD tdPortNameOffset;
+    WORD tdExtDevmodeOffset;
+    BYTE tdData[1];
+};
+
+struct FORMATETC {
+    CLIPFORMAT cfFormat;
+    DVTARGETDEVICE* ptd;
+    DWORD dwAspect;
+    LONG lindex;
+    DWORD tymed;
+};
+
+struct METAFILEPICT {
+    LONG mm;
+    LONG xExt;
+    LONG yExt;
+    HMETAFILE hMF;
+};
+
+struct IStorage;
+struct STGMEDIUM {
+    DWORD tymed;
+    union {
+        HBITMAP hBitmap;
+        HMETAFILEPICT hMetaFilePict;
+        HENHMETAFILE hEnhMetaFile;
+        HGLOBAL hGlobal;
+        LPOLESTR lpszFileName;
+        IStream* pstm;
+        IStorage* pstg;
+    };
+    IUnknown* pUnkForRelease;
+};
+
+struct CONTROLINFO {
+    ULONG cb;
+    HACCEL hAccel;
+    USHORT cAccel;
+    DWORD dwFlags;
+};
+
+struct OLEINPLACEFRAMEINFO {
+    UINT cb;
+    BOOL fMDIApp;
+    HWND hwndFrame;
+    HACCEL haccel;
+    UINT cAccelEntries;
+};
+typedef OLEINPLACEFRAMEINFO* LPOLEINPLACEFRAMEINFO;
+
+struct OLEMENUGROUPWIDTHS { LONG width[6]; };
+typedef OLEMENUGROUPWIDTHS* LPOLEMENUGROUPWIDTHS;
+
+struct DVEXTENTINFO {
+    ULONG cb;
+    DWORD dwExtentMode;
+    SIZEL sizelProposed;
+};
+
+// Interfaces a control only passes along or hands to the container; the library implements none of them.
+struct IMoniker;
+struct IOleContainer;
+struct IEnumOLEVERB;
+struct IEnumSTATDATA;
+struct IEnumFORMATETC;
+struct IDropTarget;
+struct IPropertyNotifySink;
+struct IFont;
+struct IOleUndoManager;
+struct IBindHost;
+struct IServiceProvider;
+
+struct IOleClientSite;
+struct IAdviseSinkEx;
+struct IOleControlSite;
+
+// What a container tells a control in one call instead of many (IQuickActivate).
+struct QACONTAINER {
+    ULONG cbSize;
+    IOleClientSite* pClientSite;
+    IAdviseSinkEx* pAdviseSink;
+    IPropertyNotifySink* pPropertyNotifySink;
+    IUnknown* pUnkEventSink;
+    DWORD dwAmbientFlags;
+    OLE_COLOR colorFore;
+    OLE_COLOR colorBack;
+    IFont* pFont;
+    IOleUndoManager* pUndoMgr;
+    DWORD dwAppearance;
+    LONG lcid;
+    HPALETTE hpal;
+    IBindHost* pBindHost;
+    IOleControlSite* pOleControlSite;
+    IServiceProvider* pServiceProvider;
+};
+
+// What the control answers to it.
+struct QACONTROL {
+    ULONG cbSize;
+    DWORD dwMiscStatus;
+    DWORD dwViewStatus;
+    DWORD dwEventCookie;
+    DWORD dwPropNotifyCookie;
+    DWORD dwPointerActivationPolicy;
+};
+
+constexpr LONG OLEIVERB_PRIMARY = 0;
+constexpr LONG OLEIVERB_SHOW = -1;
+constexpr LONG OLEIVERB_OPEN = -2;
+constexpr LONG OLEIVERB_HIDE = -3;
+constexpr LONG OLEIVERB_UIACTIVATE = -4;
+constexpr LONG OLEIVERB_INPLACEACTIVATE = -5;
+constexpr LONG OLEIVERB_DISCARDUNDOSTATE = -6;
+constexpr LONG OLEIVERB_PROPERTIES = -7;
+
+enum DVASPECT : DWORD { DVASPECT_CONTENT = 1, DVASPECT_THUMBNAIL = 2, DVASPECT_ICON = 4, DVASPECT_DOCPRINT = 8 };
+enum TYMED : DWORD {
+    TYMED_NULL = 0, TYMED_HGLOBAL = 1, TYMED_FILE = 2, TYMED_ISTREAM = 4, TYMED_ISTORAGE = 8, TYMED_GDI = 16,
+    TYMED_MFPICT = 32, TYMED_ENHMF = 64,
+};
+constexpr CLIPFORMAT CF_METAFILEPICT = 3;
+enum DATADIR : DWORD { DATADIR_GET = 1, DATADIR_SET = 2 };
+enum OLECLOSE : DWORD { OLECLOSE_SAVEIFDIRTY = 0, OLECLOSE_NOSAVE = 1, OLECLOSE_PROMPTSAVE = 2 };
+enum USERCLASSTYPE : DWORD { USERCLASSTYPE_FULL = 1, USERCLASSTYPE_SHORT = 2, USERCLASSTYPE_APPNAME = 3 };
+enum OLEWHICHMK : DWORD { OLEWHICHMK_CONTAINER = 1, OLEWHICHMK_OBJREL = 2, OLEWHICHMK_OBJFULL = 3 };
+enum OLEGETMONIKER : DWORD {
+    OLEGETMONIKER_ONLYIFTHERE = 1, OLEGETMONIKER_FORCEASSIGN = 2, OLEGETMONIKER_UNASSIGN = 3,
+    OLEGETMONIKER_TEMPFORUSER = 4,
+};
+enum OLEMISC : DWORD {
+    OLEMISC_RECOMPOSEONRESIZE = 0x1, OLEMISC_ONLYICONIC = 0x2, OLEMISC_INSERTNOTREPLACE = 0x4,
+    OLEMISC_STATIC = 0x8, OLEMISC_CANTLINKINSIDE = 0x10, OLEMISC_CANLINKBYOLE1 = 0x20,
+    OLEMISC_ISLINKOBJECT = 0x40, OLEMISC_INSIDEOUT = 0x80, OLEMISC_ACTIVATEWHENVISIBLE = 0x100,
+    OLEMISC_RENDERINGISDEVICEINDEPENDENT = 0x200, OLEMISC_INVISIBLEATRUNTIME = 0x400,
+    OLEMISC_ALWAYSRUN = 0x800, OLEMISC_ACTSLIKEBUTTON = 0x1000, OLEMISC_ACTSLIKELABEL = 0x2000,
+    OLEMISC_NOUIACTIVATE = 0x4000, OLEMISC_ALIGNABLE = 0x8000, OLEMISC_SIMPLEFRAME = 0x10000,
+    OLEMISC_SETCLIENTSITEFIRST = 0x20000, OLEMISC_IMEMODE = 0x40000,
+};
+enum VIEWSTATUS : DWORD {
+    VIEWSTATUS_OPAQUE = 1, VIEWSTATUS_SOLIDBKGND = 2, VIEWSTATUS_DVASPECTOPAQUE = 4,
+    VIEWSTATUS_DVASPECTTRANSPARENT = 8, VIEWSTATUS_SURFACE = 16, VIEWSTATUS_3DSURFACE = 32,
+};
+enum HITRESULT : DWORD { HITRESULT_OUTSIDE = 0, HITRESULT_TRANSPARENT = 1, HITRESULT_CLOSE = 2, HITRESULT_HIT = 3 };
+enum DVEXTENTMODE : DWORD { DVEXTENT_CONTENT = 0, DVEXTENT_INTEGRAL = 1 };
+enum QACONTAINERFLAGS : DWORD {
+    QACONTAINER_SHOWHATCHING = 0x1, QACONTAINER_SHOWGRABHANDLES = 0x2, QACONTAINER_USERMODE = 0x4,
+    QACONTAINER_DISPLAYASDEFAULT = 0x8, QACONTAINER_UIDEAD = 0x10, QACONTAINER_AUTOCLIP = 0x20,
+    QACONTAINER_MESSAGEREFLECT = 0x40, QACONTAINER_SUPPORTSMNEMONICS = 0x80,
+};
+
+constexpr HRESULT OLE_S_USEREG = static_cast<HRESULT>(0x00040000u);
+constexpr HRESULT OLE_E_ADVISENOTSUPPORTED = static_cast<HRESULT>(0x80040003u);
+constexpr HRESULT OLE_E_NOCONNECTION = static_cast<HRESULT>(0x80040004u);
+constexpr HRESULT OLE_E_BLANK = static_cast<HRESULT>(0x80040007u);
+constexpr HRESULT OLE_E_INVALIDRECT = static_cast<HRESULT>(0x8004000Du);
+constexpr HRESULT DV_E_FORMATETC = DATA_E_FORMATETC;
+constexpr HRESULT DV_E_LINDEX = static_cast<HRESULT>(0x80040068u);
+constexpr HRESULT DV_E_TYMED = static_cast<HRESULT>(0x80040069u);
+constexpr HRESULT DV_E_DVASPECT = static_cast<HRESULT>(0x8004006Bu);
+constexpr HRESULT VIEW_E_DRAW = static_cast<HRESULT>(0x80040140u);
+constexpr HRESULT OLEOBJ_E_NOVERBS = static_cast<HRESULT>(0x80040180u);
+constexpr HRESULT OLEOBJ_E_INVALIDVERB = static_cast<HRESULT>(0x80040181u);
+constexpr HRESULT OLEOBJ_S_INVALIDVERB = static_cast<HRESULT>(0x00040180u);
+
+// ---------------------------------------------------------------------------------------------------------
+// OLE control and view interfaces, with the platform's method orders: those the control implements and
+// those of the container that it calls.
+
+#define SCRIVIX_IOleWindow_METHODS(M) \
+    M(HRESULT, GetWindow, (HWND* phwnd)) \
+    M(HRESULT, ContextSensitiveHelp, (BOOL fEnterMode))
+SCRIVIX_INTERFACE(IOleWindow, IUnknown, SCRIVIX_IOleWindow_METHODS)
+
+#define SCRIVIX_IOleInPlaceObject_METHODS(M) \
+    M(HRESULT, InPlaceDeactivate, ()) \
+    M(HRESULT, UIDeactivate, ()) \
+    M(HRESULT, SetObjectRects, (LPCRECT lprcPosRect, LPCRECT lprcClipRect)) \
+    M(HRESULT, ReactivateAndUndo, ())
+SCRIVIX_INTERFACE(IOleInPlaceObject, IOleWindow, SCRIVIX_IOleInPlaceObject_METHODS)
+
+#define SCRIVIX_IOleInPlaceObjectWindowless_METHODS(M) \
+    M(HRESULT, OnWindowMessage, (UINT msg, WPARAM wParam, LPARAM lParam, LRESULT* plResult)) \
+    M(HRESULT, GetDropTarget, (IDropTarget** ppDropTarget))
+SCRIVIX_INTERFACE(IOleInPlaceObjectWindowless, IOleInPlaceObject, SCRIVIX_IOleInPlaceObjectWindowless_METHODS)
+
+struct IOleInPlaceActiveObject;
+
+#define SCRIVIX_IOleInPlaceUIWindow_METHODS(M) \
+    M(HRESULT, GetBorder, (LPRECT lprectBorder)) \
+    M(HRESULT, RequestBorderSpace, (LPCBORDERWIDTHS pborderwidths)) \
+    M(HRESULT, SetBorderSpace, (LPCBORDERWIDTHS pborderwidths)) \
+    M(HRESULT, SetActiveObject, (IOleInPlaceActiveObject* pActiveObject, LPCOLESTR pszObjName))
+SCRIVIX_INTERFACE(IOleInPlaceUIWindow, IOleWindow, SCRIVIX_IOleInPlaceUIWindow_METHODS)
+
+#define SCRIVIX_IOleInPlaceActiveObject_METHODS(M) \
+    M(HRESULT, TranslateAccelerator, (LPMSG lpmsg)) \
+    M(HRESULT, OnFrameWindowActivate, (BOOL fActivate)) \
+    M(HRESULT, OnDocWindowActivate, (BOOL fActivate)) \
+    M(HRESULT, ResizeBorder, (LPCRECT prcBorder, IOleInPlaceUIWindow* pUIWindow, BOOL fFrameWindow)) \
+    M(HRESULT, EnableModeless, (BOOL fEnable))
+SCRIVIX_INTERFACE(IOleInPlaceActiveObject, IOleWindow, SCRIVIX_IOleInPlaceActiveObject_METHODS)
+
+#define SCRIVIX_IOleInPlaceFrame_METHODS(M) \
+    M(HRESULT, InsertMenus, (HMENU hmenuShared, LPOLEMENUGROUPWIDTHS lpMenuWidths)) \
+    M(HRESULT, SetMenu, (HMENU hmenuShared, HOLEMENU holemenu, HWND hwndActiveObject)) \
+    M(HRESULT, RemoveMenus, (HMENU hmenuShared)) \
+    M(HRESULT, SetStatusText, (LPCOLESTR pszStatusText)) \
+    M(HRESULT, EnableModeless, (BOOL fEnable)) \
+    M(HRESULT, TranslateAccelerator, (LPMSG lpmsg, WORD wID))
+SCRIVIX_INTERFACE(IOleInPlaceFrame, IOleInPlaceUIWindow, SCRIVIX_IOleInPlaceFrame_METHODS)
+
+#define SCRIVIX_IOleInPlaceSite_METHODS(M) \
+    M(HRESULT, CanInPlaceActivate, ()) \
+    M(HRESULT, OnInPlaceActivate, ()) \
+    M(HRESULT, OnUIActivate, ()) \
+    M(HRESULT, GetWindowContext, (IOleInPlaceFrame** ppFrame, IOleInPlaceUIWindow** ppDoc, LPRECT lprcPosRect, \
+                                  LPRECT lprcClipRect, LPOLEINPLACEFRAMEINFO lpFrameInfo)) \
+    M(HRESULT, Scroll, (SIZE scrollExtant)) \
+    M(HRESULT, OnUIDeactivate, (BOOL fUndoable)) \
+    M(HRESULT, OnInPlaceDeactivate, ()) \
+    M(HRESULT, DiscardUndoState, ()) \
+    M(HRESULT, DeactivateAndUndo, ()) \
+    M(HRESULT, OnPosRectChange, (LPCRECT lprcPosRect))
+SCRIVIX_INTERFACE(IOleInPlaceSite, IOleWindow, SCRIVIX_IOleInPlaceSite_METHODS)
+
+#define SCRIVIX_IOleClientSite_METHODS(M) \
+    M(HRESULT, SaveObject, ()) \
+    M(HRESULT, GetMoniker, (DWORD dwAssign, DWORD dwWhichMoniker, IMoniker** ppmk)) \
+    M(HRESULT, GetContainer, (IOleContainer** ppContainer)) \
+    M(HRESULT, ShowObject, ()) \
+    M(HRESULT, OnShowWindow, (BOOL fShow)) \
+    M(HRESULT, RequestNewObjectLayout, ())
+SCRIVIX_INTERFACE(IOleClientSite, IUnknown, SCRIVIX_IOleClientSite_METHODS)
+
+#define SCRIVIX_IOleControlSite_METHODS(M) \
+    M(HRESULT, OnControlInfoChanged, ()) \
+    M(HRESULT, LockInPlaceActive, (BOOL fLock)) \
+    M(HRESULT, GetExtendedControl, (IDispatch** ppDisp)) \
+    M(HRESULT, TransformCoords, (POINTL* pPtlHimetric, POINTF* pPtfContainer, DWORD dwFlags)) \
+    M(HRESULT, TranslateAccelerator, (MSG* pMsg, DWORD grfModifiers)) \
+    M(HRESULT, OnFocus, (BOOL fGotFocus)) \
+    M(HRESULT, ShowPropertyFrame, ())
+SCRIVIX_INTERFACE(IOleControlSite, IUnknown, SCRIVIX_IOleControlSite_METHODS)
+
+// The notifications of an advise sink return nothing: the sender does not wait for an answer.
+#define SCRIVIX_IAdviseSink_METHODS(M) \
+    M(void, OnDataChange, (FORMATETC* pFormatetc, STGMEDIUM* pStgmed)) \
+    M(void, OnViewChange, (DWORD dwAspect, LONG lindex)) \
+    M(void, OnRename, (IMoniker* pmk)) \
+    M(void, OnSave, ()) \
+    M(void, OnClose, ())
+SCRIVIX_INTERFACE(IAdviseSink, IUnknown, SCRIVIX_IAdviseSink_METHODS)
+
+#define SCRIVIX_IAdviseSinkEx_METHODS(M) \
+    M(void, OnViewStatusChange, (DWORD dwViewStatus))
+SCRIVIX_INTERFACE(IAdviseSinkEx, IAdviseSink, SCRIVIX_IAdviseSinkEx_METHODS)
+
+#define SCRIVIX_IOleControl_METHODS(M) \
+    M(HRESULT, GetControlInfo, (CONTROLINFO* pCI)) \
+    M(HRESULT, OnMnemonic, (MSG* pMsg)) \
+    M(HRESULT, OnAmbientPropertyChange, (DISPID dispID)) \
+    M(HRESULT, FreezeEvents, (BOOL bFreeze))
+SCRIVIX_INTERFACE(IOleControl, IUnknown, SCRIVIX_IOleControl_METHODS)
+
+#define SCRIVIX_IDataObject_METHODS(M) \
+    M(HRESULT, GetData, (FORMATETC* pformatetcIn, STGMEDIUM* pmedium)) \
+    M(HRESULT, GetDataHere, (FORMATETC* pformatetc, STGMEDIUM* pmedium)) \
+    M(HRESULT, QueryGetData, (FORMATETC* pformatetc)) \
+    M(HRESULT, GetCanonicalFormatEtc, (FORMATETC* pformatectIn, FORMATETC* pformatetcOut)) \
+    M(HRESULT, SetData, (FORMATETC* pformatetc, STGMEDIUM* pmedium, BOOL fRelease)) \
+    M(HRESULT, EnumFormatEtc, (DWORD dwDirection, IEnumFORMATETC** ppenumFormatEtc)) \
+    M(HRESULT, DAdvise, (FORMATETC* pformatetc, DWORD advf, IAdviseSink* pAdvSink, DWORD* pdwConnection)) \
+    M(HRESULT, DUnadvise, (DWORD dwConnection)) \
+    M(HRESULT, EnumDAdvise, (IEnumSTATDATA** ppenumAdvise))
+SCRIVIX_INTERFACE(IDataObject, IUnknown, SCRIVIX_IDataObject_METHODS)
+
+#define SCRIVIX_IOleObject_METHODS(M) \
+    M(HRESULT, SetClientSite, (IOleClientSite* pClientSite)) \
+    M(HRESULT, GetClientSite, (IOleClientSite** ppClientSite)) \
+    M(HRESULT, SetHostNames, (LPCOLESTR szContainerApp, LPCOLESTR szContainerObj)) \
+    M(HRESULT, Close, (DWORD dwSaveOption)) \
+    M(HRESULT, SetMoniker, (DWORD dwWhichMoniker, IMoniker* pmk)) \
+    M(HRESULT, GetMoniker, (DWORD dwAssign, DWORD dwWhichMoniker, IMoniker** ppmk)) \
+    M(HRESULT, InitFromData, (IDataObject* pDataObject, BOOL fCreation, DWORD dwReserved)) \
+    M(HRESULT, GetClipboardData, (DWORD dwReserved, IDataObject** ppDataObject)) \
+    M(HRESULT, DoVerb, (LONG iVerb, LPMSG lpmsg, IOleClientSite* pActiveSite, LONG lindex, HWND hwndParent, \
+                        LPCRECT lprcPosRect)) \
+    M(HRESULT, EnumVerbs, (IEnumOLEVERB** ppEnumOleVerb)) \
+    M(HRESULT, Update, ()) \
+    M(HRESULT, IsUpToDate, ()) \
+    M(HRESULT, GetUserClassID, (CLSID* pClsid)) \
+    M(HRESULT, GetUserType, (DWORD dwFormOfType, LPOLESTR* pszUserType)) \
+    M(HRESULT, SetExtent, (DWORD dwDrawAspect, SIZEL* psizel)) \
+    M(HRESULT, GetExtent, (DWORD dwDrawAspect, SIZEL* psizel)) \
+    M(HRESULT, Advise, (IAdviseSink* pAdvSink, DWORD* pdwConnection)) \
+    M(HRESULT, Unadvise, (DWORD dwConnection)) \
+    M(HRESULT, EnumAdvise, (IEnumSTATDATA** ppenumAdvise)) \
+    M(HRESULT, GetMiscStatus, (DWORD dwAspect, DWORD* pdwStatus)) \
+    M(HRESULT, SetColorScheme, (LOGPALETTE* pLogpal))
+SCRIVIX_INTERFACE(IOleObject, IUnknown, SCRIVIX_IOleObject_METHODS)
+
+#define SCRIVIX_IViewObject_METHODS(M) \
+    M(HRESULT, Draw, (DWORD dwDrawAspect, LONG lindex, void* pvAspect, DVTARGETDEVICE* ptd, HDC hdcTargetDev, \
+                      HDC hdcDraw, LPCRECTL lprcBounds, LPCRECTL lprcWBounds, \
+                      BOOL(STDMETHODCALLTYPE* pfnContinue)(ULONG_PTR dwContinue), ULONG_PTR dwContinue)) \
+    M(HRESULT, GetColorSet, (DWORD dwDrawAspect, LONG lindex, void* pvAspect, DVTARGETDEVICE* ptd, \
+                             HDC hicTargetDev, LOGPALETTE** ppColorSet)) \
+    M(HRESULT, Freeze, (DWORD dwDrawAspect, LONG lindex, void* pvAspect, DWORD* pdwFreeze)) \
+    M(HRESULT, Unfreeze, (DWORD dwFreeze)) \
+    M(HRESULT, SetAdvise, (DWORD aspects, DWORD advf, IAdviseSink* pAdvSink)) \
+    M(HRESULT, GetAdvise, (DWORD* pAspects, DWORD* pAdvf, IAdviseSink** ppAdvSink))
+SCRIVIX_INTERFACE(IViewObject, IUnknown, SCRIVIX_IViewObject_METHODS)
+
+#define SCRIVIX_IViewObject2_METHODS(M) \
+    M(HRESULT, GetExtent, (DWORD dwDrawAspect, LONG lindex, DVTARGETDEVICE* ptd, LPSIZEL lpsizel))
+SCRIVIX_INTERFACE(IViewObject2, IViewObject, SCRIVIX_IViewObject2_METHODS)
+
+#define SCRIVIX_IViewObjectEx_METHODS(M) \
+    M(HRESULT, GetRect, (DWORD dwAspect, LPRECTL pRect)) \
+    M(HRESULT, GetViewStatus, (DWORD* pdwStatus)) \
+    M(HRESULT, QueryHitPoint, (DWORD dwAspect, LPCRECT pRectBounds, POINT ptlLoc, LONG lCloseHint, \
+                               DWORD* pHitResult)) \
+    M(HRESULT, QueryHitRect, (DWORD dwAspect, LPCRECT pRectBounds, LPCRECT pRectLoc, LONG lCloseHint, \
+                              DWORD* pHitResult)) \
+    M(HRESULT, GetNaturalExtent, (DWORD dwAspect, LONG lindex, DVTARGETDEVICE* ptd, HDC hicTargetDev, \
+                                  DVEXTENTINFO* pExtentInfo, LPSIZEL pSizel))
+SCRIVIX_INTERFACE(IViewObjectEx, IViewObject2, SCRIVIX_IViewObjectEx_METHODS)
+
+#define SCRIVIX_IPersist_METHODS(M) \
+    M(HRESULT, GetClassID, (CLSID* pClassID))
+SCRIVIX_INTERFACE(IPersist, IUnknown, SCRIVIX_IPersist_METHODS)
+
+#define SCRIVIX_IPersistStreamInit_METHODS(M) \
+    M(HRESULT, IsDirty, ()) \
+    M(HRESULT, Load, (IStream* pStm)) \
+    M(HRESULT, Save, (IStream* pStm, BOOL fClearDirty)) \
+    M(HRESULT, GetSizeMax, (ULARGE_INTEGER* pCbSize)) \
+    M(HRESULT, InitNew, ())
+SCRIVIX_INTERFACE(IPersistStreamInit, IPersist, SCRIVIX_IPersistStreamInit_METHODS)
+
+#define SCRIVIX_IQuickActivate_METHODS(M) \
+    M(HRESULT, QuickActivate, (QACONTAINER* pQaContainer, QACONTROL* pQaControl)) \
+    M(HRESULT, SetContentExtent, (LPSIZEL pSizel)) \
+    M(HRESULT, GetContentExtent, (LPSIZEL pSizel))
+SCRIVIX_INTERFACE(IQuickActivate, IUnknown, SCRIVIX_IQuickActivate_METHODS)
+
+static_assert(IOleWindow::slot_count == 5, "IOleWindow slots");
+static_assert(IOleInPlaceObject::slot_count == 9, "IOleInPlaceObject slots");
+static_assert(IOleInPlaceObjectWindowless::slot_count == 11, "IOleInPlaceObjectWindowless slots");
+static_assert(IOleInPlaceUIWindow::slot_count == 9, "IOleInPlaceUIWindow slots");
+static_assert(IOleInPlaceActiveObject::slot_count == 10, "IOleInPlaceActiveObject slots");
+static_assert(IOleInPlaceFrame::slot_count == 15, "IOleInPlaceFrame slots");
+static_assert(IOleInPlaceSite::slot_count == 15, "IOleInPlaceSite slots");
+static_assert(IOleClientSite::slot_count == 9, "IOleClientSite slots");
+static_assert(IOleControlSite::slot_count == 10, "IOleControlSite slots");
+static_assert(IAdviseSink::slot_count == 8, "IAdviseSink slots");
+static_assert(IAdviseSinkEx::slot_count == 9, "IAdviseSinkEx slots");
+static_assert(IOleControl::slot_count == 7, "IOleControl slots");
+static_assert(IDataObject::slot_count == 12, "IDataObject slots");
+static_assert(IOleObject::slot_count == 24, "IOleObject slots");
+static_assert(IViewObject::slot_count == 9, "IViewObject slots");
+static_assert(IViewObject2::slot_count == 10, "IViewObject2 slots");
+static_assert(IViewObjectEx::slot_count == 15, "IViewObjectEx slots");
+static_assert(IPersist::slot_count == 4, "IPersist slots");
+static_assert(IPersistStreamInit::slot_count == 9, "IPersistStreamInit slots");
+static_assert(IQuickActivate::slot_count == 6, "IQuickActivate slots");
 
 // ---------------------------------------------------------------------------------------------------------
 // Enumerations of the type library ScrivixLib.
@@ -873,7 +1298,26 @@ SCRIVIX_API extern const IID IID_ISequentialStream;
 SCRIVIX_API extern const IID IID_IStream;
 SCRIVIX_API extern const IID IID_ITypeLib;
 SCRIVIX_API extern const IID IID_ITypeInfo;
-// @@CONTROL-IIDS@@
+SCRIVIX_API extern const IID IID_IOleWindow;
+SCRIVIX_API extern const IID IID_IOleInPlaceObject;
+SCRIVIX_API extern const IID IID_IOleInPlaceObjectWindowless;
+SCRIVIX_API extern const IID IID_IOleInPlaceUIWindow;
+SCRIVIX_API extern const IID IID_IOleInPlaceActiveObject;
+SCRIVIX_API extern const IID IID_IOleInPlaceFrame;
+SCRIVIX_API extern const IID IID_IOleInPlaceSite;
+SCRIVIX_API extern const IID IID_IOleClientSite;
+SCRIVIX_API extern const IID IID_IOleControlSite;
+SCRIVIX_API extern const IID IID_IAdviseSink;
+SCRIVIX_API extern const IID IID_IAdviseSinkEx;
+SCRIVIX_API extern const IID IID_IOleControl;
+SCRIVIX_API extern const IID IID_IDataObject;
+SCRIVIX_API extern const IID IID_IOleObject;
+SCRIVIX_API extern const IID IID_IViewObject;
+SCRIVIX_API extern const IID IID_IViewObject2;
+SCRIVIX_API extern const IID IID_IViewObjectEx;
+SCRIVIX_API extern const IID IID_IPersist;
+SCRIVIX_API extern const IID IID_IPersistStreamInit;
+SCRIVIX_API extern const IID IID_IQuickActivate;
 
 SCRIVIX_API extern const GUID LIBID_ScrivixLib;
 SCRIVIX_API extern const IID IID_IEditBuffer;
