@@ -1,5 +1,6 @@
 // A client's own class server: one class, "Scrivix.Test.Widget", that answers IUnknown and IPattern's
-// Text property only. It uses nothing of the library, as a module of another vendor would not.
+// LookAhead property only. It links nothing of the library, as a module of another vendor would not: it
+// knows the interface ids it answers by their values.
 #include <scrivix/scrivix.h>
 
 #include <atomic>
@@ -8,6 +9,11 @@ namespace {
 
 // {7B3F6A10-2C4D-4E8F-9A1B-5C6D7E8F9012}
 constexpr CLSID kWidgetClsid = {0x7B3F6A10, 0x2C4D, 0x4E8F, {0x9A, 0x1B, 0x5C, 0x6D, 0x7E, 0x8F, 0x90, 0x12}};
+
+constexpr IID kIUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+constexpr IID kIClassFactory = {0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+// {66080F17-4C96-48E2-9CBD-0BA3A1A6BCDE}
+constexpr IID kIPattern = {0x66080F17, 0x4C96, 0x48E2, {0x9C, 0xBD, 0x0B, 0xA3, 0xA1, 0xA6, 0xBC, 0xDE}};
 
 std::atomic<long> live{0};
 
@@ -18,7 +24,7 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
         if (!ppv) return E_POINTER;
         *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IPattern) return E_NOINTERFACE;
+        if (iid != kIUnknown && iid != kIPattern) return E_NOINTERFACE;
         *ppv = static_cast<IPattern*>(this);
         AddRef();
         return S_OK;
@@ -59,7 +65,7 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
         if (!ppv) return E_POINTER;
         *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IClassFactory) return E_NOINTERFACE;
+        if (iid != kIUnknown && iid != kIClassFactory) return E_NOINTERFACE;
         *ppv = static_cast<IClassFactory*>(this);
         return S_OK;
     }
