@@ -18,5 +18,6 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ScrivixConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/ScrivixConfigVersion.cmake
         DESTINATION ${SCRIVIX_CMAKE_DIR})
 
+file(RELATIVE_PATH SCRIVIX_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file(cmake/scrivix.pc.in ${CMAKE_CURRENT_BINARY_DIR}/scrivix.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/scrivix.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
