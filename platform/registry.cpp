@@ -269,7 +269,9 @@ private:
             ++pos_;
         else if (!ParseQuoted(name))
             return Fail(error, "expected @ or a quoted value name");
+        SkipBlanks();
         if (!Take("=")) return Fail(error, "expected '='");
+        SkipBlanks();
         Value value;
         const bool expandable = Take("expand_sz:");
         if (expandable || Take("sz:")) {
@@ -430,7 +432,7 @@ public:
             *size = needed;
             return ERROR_MORE_DATA;
         }
-        if (data) std::memcpy(data, value.data.data(), needed);
+        if (data) std::copy(value.data.begin(), value.data.end(), data);
         if (size) *size = needed;
         return ERROR_SUCCESS;
     }

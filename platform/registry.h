@@ -26,9 +26,10 @@
 //   "Count"=dword:0000002a                         REG_DWORD of 4 bytes, hexadecimal
 //   "Blob"=hex(3):01,02,ff                         any type (decimal number) as raw bytes
 //
-// Quoted texts are UTF-8 with the escapes \\ \" \n \r \t and \uXXXX (one 16-bit unit, which is how
-// control characters and unpaired surrogates are written). A string value is written without its
-// terminator. Keys are written depth-first, each under its own header, so that empty keys survive.
+// Blanks may stand before a line and around "=". Quoted texts are UTF-8 with the escapes \\ \" \n \r \t
+// and \uXXXX (one 16-bit unit: how control characters and unpaired surrogates are written). A string
+// value is written without its terminator. Keys are written depth-first in enumeration order, each under
+// its own header, so that empty keys survive. Values before the first header belong to the root.
 #pragma once
 
 #include <scrivix/scrivix.h>
