@@ -106,7 +106,10 @@ public:
     CurrentRecord() = default;
     CurrentRecord(const CurrentRecord&) = delete;
     CurrentRecord& operator=(const CurrentRecord&) = delete;
-    ~CurrentRecord() { Replace(nullptr); }
+    // Releasing the last record may set another one (its owner reporting as it goes); that goes too.
+    ~CurrentRecord() {
+        while (record_ != nullptr) Replace(nullptr);
+    }
 
     // Makes `record` current (it must carry a reference for this holder already) and drops the old one.
     // The old record is released only after the swap, since its release may set a new record in turn.

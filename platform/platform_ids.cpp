@@ -4,7 +4,7 @@
 
 namespace {
 
-// The ids Microsoft assigned to the core object-model interfaces share this tail: {xxxxxxxx-0000-0000-C000-000000000046}.
+// The core interfaces of the object model share one pattern: {xxxxxxxx-0000-0000-C000-000000000046}.
 constexpr GUID CoreInterface(uint32_t data1) { return {data1, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}}; }
 
 }  // namespace
@@ -21,7 +21,8 @@ SCRIVIX_API extern const IID IID_ITypeInfo = CoreInterface(0x00020401);
 SCRIVIX_API extern const IID IID_ITypeLib = CoreInterface(0x00020402);
 SCRIVIX_API extern const IID IID_ISupportErrorInfo =
     {0xDF0B3D60, 0x548F, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
-SCRIVIX_API extern const IID IID_IErrorInfo = {0x1CF2B120, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
+SCRIVIX_API extern const IID IID_IErrorInfo =
+    {0x1CF2B120, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
 SCRIVIX_API extern const IID IID_ICreateErrorInfo =
     {0x22F03340, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
 SCRIVIX_API extern const IID IID_IProvideClassInfo =
@@ -53,7 +54,8 @@ SCRIVIX_API extern const IID IID_IOleInPlaceActiveObject = CoreInterface(0x00000
 SCRIVIX_API extern const IID IID_IOleClientSite = CoreInterface(0x00000118);
 SCRIVIX_API extern const IID IID_IOleInPlaceSite = CoreInterface(0x00000119);
 SCRIVIX_API extern const IID IID_IViewObject2 = CoreInterface(0x00000127);
-SCRIVIX_API extern const IID IID_IOleControl = {0xB196B288, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
+SCRIVIX_API extern const IID IID_IOleControl =
+    {0xB196B288, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
 SCRIVIX_API extern const IID IID_IOleControlSite =
     {0xB196B289, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
 SCRIVIX_API extern const IID IID_IOleInPlaceObjectWindowless =

@@ -93,7 +93,8 @@ HRESULT StoreNumber(const Number& number, Target& out) {
             using Source = decltype(value);
             if constexpr (std::is_floating_point_v<Target>) {
                 const double real = static_cast<double>(value);
-                if (std::isfinite(real) && std::fabs(real) > std::numeric_limits<Target>::max()) return DISP_E_OVERFLOW;
+                if (std::isfinite(real) && std::fabs(real) > std::numeric_limits<Target>::max())
+                    return DISP_E_OVERFLOW;
                 out = static_cast<Target>(real);
             } else if constexpr (std::is_floating_point_v<Source>) {
                 // The bounds are powers of two, so they are exact as doubles; NaN fails both tests.
@@ -178,7 +179,8 @@ BSTR FormatNumber(const Number& number) {
         number);
     OLECHAR wide[std::size(text)];
     const size_t length = static_cast<size_t>(end - text);
-    for (size_t i = 0; i < length; ++i) wide[i] = static_cast<OLECHAR>(std::toupper(static_cast<unsigned char>(text[i])));
+    for (size_t i = 0; i < length; ++i)
+        wide[i] = static_cast<OLECHAR>(std::toupper(static_cast<unsigned char>(text[i])));
     return SysAllocStringLen(wide, static_cast<UINT>(length));
 }
 
@@ -234,8 +236,8 @@ HRESULT WriteNumber(const Number& number, VARTYPE vt, VARIANT& out) {
 bool EqualsIgnoringCase(std::u16string_view text, std::u16string_view word) {
     if (text.size() != word.size()) return false;
     for (size_t i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i] >= u'A' && text[i] <= u'Z' ? static_cast<char16_t>(text[i] + (u'a' - u'A')) : text[i];
-        if (c != word[i]) return false;
+        const char16_t c = text[i];
+        if ((c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + (u'a' - u'A')) : c) != word[i]) return false;
     }
     return true;
 }
@@ -267,24 +269,31 @@ HRESULT ToObject(const VARIANT& source, VARTYPE vt, VARIANT& out) {
     return S_OK;
 }
 
-// Converts a by-value `source` into `out` (empty on entry, left empty on failure).
+// Text that is no number: nothing becomes the empty string, and a truth value may be asked for in words.
+const char16_t* WordsFor(const VARIANT& source, USHORT flags) {
+    if (source.vt == VT_EMPTY) return u"";
+    if (source.vt == VT_BOOL && (flags & VARIANT_ALPHABOOL) != 0) return source.boolVal != 0 ? u"True" : u"False";
+    return nullptr;
+}
+
+// Converts the value of a by-value `source` into `out`, leaving the type of `out` to the caller.
+HRESULT ConvertValue(const VARIANT& source, USHORT flags, VARTYPE vt, VARIANT& out) {
+    if (vt == VT_EMPTY) return S_OK;
+    if (IsObjectType(vt)) return ToObject(source, vt, out);
+    if (const char16_t* words = vt == VT_BSTR ? WordsFor(source, flags) : nullptr) {
+        out.bstrVal = SysAllocString(words);
+        return out.bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
+    }
+    if (vt == VT_BOOL && source.vt == VT_BSTR) return ParseTruth(source.bstrVal, out.boolVal);
+    Number number;
+    const HRESULT hr = ReadNumber(source, number);
+    return SUCCEEDED(hr) ? WriteNumber(number, vt, out) : hr;
+}
+
+// Converts a by-value `source` into `out`, which is empty on entry and stays empty on failure.
 HRESULT Convert(const VARIANT& source, USHORT flags, VARTYPE vt, VARIANT& out) {
     if (vt == source.vt) return VariantCopy(&out, &source);
-    HRESULT hr = S_OK;
-    if (vt == VT_EMPTY) {
-        hr = S_OK;
-    } else if (IsObjectType(vt)) {
-        hr = ToObject(source, vt, out);
-    } else if (vt == VT_BSTR && source.vt == VT_BOOL && (flags & VARIANT_ALPHABOOL) != 0) {
-        out.bstrVal = SysAllocString(source.boolVal != 0 ? u"True" : u"False");
-        hr = out.bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
-    } else if (vt == VT_BOOL && source.vt == VT_BSTR) {
-        hr = ParseTruth(source.bstrVal, out.boolVal);
-    } else {
-        Number number;
-        hr = ReadNumber(source, number);
-        if (SUCCEEDED(hr)) hr = WriteNumber(number, vt, out);
-    }
+    const HRESULT hr = ConvertValue(source, flags, vt, out);
     if (SUCCEEDED(hr)) out.vt = vt;
     return hr;
 }
@@ -318,7 +327,8 @@ SCRIVIX_API HRESULT VariantCopy(VARIANTARG* pvargDest, const VARIANTARG* pvargSr
     // The copy is complete before the destination is cleared, because clearing it may free the source.
     VARIANT copy = *pvargSrc;
     if (copy.vt == VT_BSTR && copy.bstrVal != nullptr) {
-        copy.bstrVal = SysAllocStringByteLen(reinterpret_cast<LPCSTR>(pvargSrc->bstrVal), SysStringByteLen(pvargSrc->bstrVal));
+        copy.bstrVal =
+            SysAllocStringByteLen(reinterpret_cast<LPCSTR>(pvargSrc->bstrVal), SysStringByteLen(pvargSrc->bstrVal));
         if (copy.bstrVal == nullptr) return E_OUTOFMEMORY;
     } else if (IsObjectType(copy.vt) && ObjectOf(copy) != nullptr) {
         ObjectOf(copy)->AddRef();
