@@ -13,8 +13,10 @@
 // F(s, p), is a pure function of (s, p): its closure tries F(s + 1, r) for r from the end of its greedy
 // take down to its minimum, and F(s, p) is the outcome of the first r the rest test accepts. A match found
 // anywhere is the match of the whole run, so only failures need remembering, for the whole search:
-// - the (stage, position) pairs known to fail, so that no F(s, p) is worked out twice, which keeps every
-//   program polynomial in the text (RegexFailureSet);
+// - the (stage, position) pairs known to fail after running some rest, so that no such F(s, p) is worked
+//   out twice (RegexFailureSet). Each of them then runs at most one rest per position, so the work of any
+//   program is polynomial in the text. A failure that ran no rest is cheap to find again and is not kept:
+//   most failures are of that kind, and they would cost most of the memory;
 // - per stage, the last greedy take (a later start inside it ends where it ended) and the positions known
 //   to fail just below the last greedy end (a later give-back from that end skips them), which keeps
 //   programs like a*a*a*a*b linear in the text for each closure.
@@ -80,10 +82,12 @@ private:
         bool terminal = false;            // its first unit is 0: a run that reaches it has matched
     };
     // Scratch of one stage. The open choice: entered at `entry`, tries the rest at `next`, not below `min`;
-    // `settled` when the rest was accepted at the end of the buffer, so that its outcome is final.
+    // `settled` when the rest was accepted at the end of the buffer, so that its outcome is final;
+    // `expanded` once it has run a rest.
     struct StageState {
         Pos entry = 0, min = 0, next = 0;
         bool settled = false;
+        bool expanded = false;
         // Every position in [greedy_start, greedy_end) matches the closure item, which stops at greedy_end.
         std::uint32_t greedy_generation = 0;
         Pos greedy_start = 0, greedy_end = 0;
@@ -226,12 +230,13 @@ bool DRegexMatcher<T>::Run(Pos candidate, Pos& end) noexcept {
         bool open = step == Step::kOpen;
         while (!(open && Retry(s))) {
             if (s == 0) return false;
-            if (memory_) failed_.Insert(std::uint32_t(s), std::uint32_t(states_[s].entry));
+            if (memory_ && states_[s].expanded) failed_.Insert(std::uint32_t(s), std::uint32_t(states_[s].entry));
             StageState& parent = states_[--s];
             // A rest accepted at the end of the buffer settles the choice: its failure is the parent's.
             open = !parent.settled;
             if (open) parent.scan_low = parent.next--;
         }
+        states_[s].expanded = true;
         p = states_[s].next;
         ++s;
     }
@@ -243,7 +248,7 @@ template <typename T>
 typename DRegexMatcher<T>::Step DRegexMatcher<T>::Enter(std::size_t s, Pos p, Pos& end) noexcept {
     StageState& state = states_[s];
     state.entry = p;
-    if (s > 0 && Failed(s, p)) return Step::kFailed;
+    state.expanded = false;
     const Stage& stage = stages_[s];
     for (std::size_t k = stage.first; k < stage.last; ++k) {
         const int taken = Test(items_[k], p);
@@ -288,8 +293,9 @@ bool DRegexMatcher<T>::Retry(std::size_t s) noexcept {
     while (state.next >= state.min) {
         const Pos r = state.next;
         if (r == n_ && rest.starts_at_line_end) {
+            // The rest is accepted here for good: if it is known to fail, so does this choice.
             state.settled = true;
-            return true;
+            return !Failed(s + 1, r);
         }
         if (r >= state.scan_low) {
             state.next = state.scan_low - 1;
