@@ -1,5 +1,11 @@
 // DPatternTemplate: a regular expression compiled into a flat program, with the searches that run it. The
-// pattern object owns one per compiled text and calls FindForward / FindBackward under its lock.
+// pattern object owns one per compiled text and searches with it under its lock; with b and n the buffer's
+// begin and length (in characters) and positions computed without overflow:
+//   Find:        limit = min(End, Start + LookAhead, n)
+//                found = FindForward(b, b + n, b + Start, b + max(limit, Start), match_start, match_end)
+//   FindReverse: lower = max(Start, End - LookAhead, 0)
+//                found = FindBackward(b, b + n, b + min(lower, End), b + End, match_start, match_end)
+// and on success Start = match_start - b, End = match_end - b.
 //
 // The language: literal characters and "\" escapes; "." (any character but a line feed); classes "[...]"
 // (negated by a leading "^", with ranges "a-z"); the closures "*", "+" and "?" after one item; "^" and "~"

@@ -13,10 +13,10 @@
 // F(s, p), is a pure function of (s, p): its closure tries F(s + 1, r) for r from the end of its greedy
 // take down to its minimum, and F(s, p) is the outcome of the first r the rest test accepts. A match found
 // anywhere is the match of the whole run, so only failures need remembering, for the whole search:
-// - the (stage, position) pairs known to fail after running some rest, so that no such F(s, p) is worked
-//   out twice (RegexFailureSet). Each of them then runs at most one rest per position, so the work of any
-//   program is polynomial in the text. A failure that ran no rest is cheap to find again and is not kept:
-//   most failures are of that kind, and they would cost most of the memory;
+// - the (stage, position) pairs known to fail after running some rest, so that no such F(s, p) runs its
+//   rests twice (RegexFailureSet). Each rest run is then started at most once per (stage, position), so
+//   the work of any program is polynomial in the text. A failure that ran no rest is cheap to find again
+//   and is not kept: most failures are of that kind, and they would cost most of the memory;
 // - per stage, the last greedy take (a later start inside it ends where it ended) and the positions known
 //   to fail just below the last greedy end (a later give-back from that end skips them), which keeps
 //   programs like a*a*a*a*b linear in the text for each closure.
@@ -26,7 +26,8 @@
 // Choices where the language leaves the outcome open:
 // - a closure over an item that matched without consuming anything (an end-of-line item, reachable only
 //   through a literal whose code equals a closure code) stops taking: it would take nothing forever;
-// - a search with a buffer of 2^32 characters or more works without the failure memory (same results).
+// - a search with a buffer of 2^32 characters or more works without the failure memory (same results,
+//   no bound on the time).
 #pragma once
 
 #include "pattern/regex_codes.h"
@@ -55,12 +56,13 @@ public:
     bool Match(const T* buffer_begin, const T* buffer_end, const T* candidate, const T*& match_end) noexcept;
 
     // The first candidate c = from, from + 1, ... while c < limit at which the program matches. The match
-    // may run on past limit, up to buffer_end. limit is taken as buffer_end at most.
+    // may run on past limit, up to buffer_end. from and limit lie in the buffer; from >= limit finds nothing.
     bool FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                      const T*& match_start, const T*& match_end) noexcept;
 
     // The highest candidate c with lower_limit <= c < before at which the program matches, trying c =
-    // before - 1, before - 2, ... The match may run on past before, up to buffer_end.
+    // before - 1, before - 2, ... The match may run on past before, up to buffer_end. lower_limit and before
+    // lie in the buffer; lower_limit >= before finds nothing.
     bool FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit, const T* before,
                       const T*& match_start, const T*& match_end) noexcept;
 
@@ -158,7 +160,7 @@ template <typename T>
 void DRegexMatcher<T>::BeginSearch(const T* buffer_begin, const T* buffer_end) noexcept {
     b_ = buffer_begin;
     n_ = buffer_end - buffer_begin;
-    memory_ = n_ < Pos{0xFFFFFFFF};
+    memory_ = n_ < Pos{0xFFFFFFFF} && stages_.size() < 0xFFFFFFFF;
     failed_.Clear();
     if (++generation_ == 0) {
         for (StageState& state : states_) state.greedy_generation = state.scan_generation = 0;
