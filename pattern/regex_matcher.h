@@ -1,0 +1,377 @@
+// The matcher of compiled regular-expression programs and the search driver that runs it at successive
+// candidate positions, for both character widths.
+//
+// What a run computes. A run from candidate c takes the items of the program in order. A plain item must
+// match; a "?" item is taken when it matches and never reconsidered. A "*" or "+" item takes as many
+// characters as it can, then gives back one at a time, down to its minimum, until the rest of the program,
+// run as a test from there, matches; the run then goes on with the rest from that position. The rest test
+// fails at the end of the buffer unless the rest starts with an end-of-line item. When a closure item is
+// followed by a 0 unit (the program's end), the run ends there with everything the closure took.
+//
+// How it is computed. The program is cut into stages: a stage is a row of plain and "?" items, ended by
+// one "*" or "+" item or by the end of the program. For one buffer, the run of stage s from position p,
+// F(s, p), is a pure function of (s, p): its closure tries F(s + 1, r) for r from the end of its greedy
+// take down to its minimum, and F(s, p) is the outcome of the first r the rest test accepts. A match found
+// anywhere is the match of the whole run, so only failures need remembering, for the whole search:
+// - the (stage, position) pairs known to fail after running some rest, so that no such F(s, p) runs its
+//   rests twice (RegexFailureSet). Each rest run is then started at most once per (stage, position), so
+//   the work of any program is polynomial in the text. A failure that ran no rest is cheap to find again
+//   and is not kept: most failures are of that kind, and they would cost most of the memory;
+// - per stage, the last greedy take (a later start inside it ends where it ended) and the positions known
+//   to fail just below the last greedy end (a later give-back from that end skips them), which keeps
+//   programs like a*a*a*a*b linear in the text for each closure.
+// Stages are entered strictly in order, so at most one choice per stage is open at a time: the open
+// choices live in per-stage scratch, and no depth of program uses the machine stack.
+//
+// Choices where the language leaves the outcome open:
+// - a closure over an item that matched without consuming anything (an end-of-line item, reachable only
+//   through a literal whose code equals a closure code) stops taking: it would take nothing forever;
+// - a search with a buffer of 2^32 characters or more works without the failure memory (same results,
+//   no bound on the time).
+#pragma once
+
+#include "pattern/regex_codes.h"
+#include "pattern/regex_failure_set.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace scrivix {
+
+template <typename T>
+class DRegexMatcher {
+public:
+    using Codes = RegexCodes<T>;
+    using Unit = typename Codes::Unit;
+
+    // Takes a program: [program_begin, program_end) holds its units, and Codes::kPadding zero units after
+    // program_end must stay readable while the matcher is used. Throws std::bad_alloc.
+    void Load(const T* program_begin, const T* program_end);
+
+    // Runs the program from `candidate` (buffer_begin <= candidate <= buffer_end). On a match sets
+    // match_end to the position after the match (candidate itself for an empty match).
+    bool Match(const T* buffer_begin, const T* buffer_end, const T* candidate, const T*& match_end) noexcept;
+
+    // The first candidate c = from, from + 1, ... while c < limit at which the program matches. The match
+    // may run on past limit, up to buffer_end. from and limit lie in the buffer; from >= limit finds nothing.
+    bool FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
+                     const T*& match_start, const T*& match_end) noexcept;
+
+    // The highest candidate c with lower_limit <= c < before at which the program matches, trying c =
+    // before - 1, before - 2, ... The match may run on past before, up to buffer_end. lower_limit and before
+    // lie in the buffer; lower_limit >= before finds nothing.
+    bool FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit, const T* before,
+                      const T*& match_start, const T*& match_end) noexcept;
+
+private:
+    using Pos = std::ptrdiff_t;
+    enum class Closure : unsigned char { kNone, kOptional, kStar, kPlus };
+    enum class Step { kMatched, kFailed, kOpen };
+
+    struct Item {
+        const T* at;  // the item's first unit, after its closure code
+        Closure closure;
+        bool single;  // consumes exactly one character whenever it matches
+    };
+    struct Stage {
+        std::size_t first = 0;  // items_[first, last) are its plain and "?" items
+        std::size_t last = 0;   // items_[last] is its "*" or "+" item when it `closes`
+        bool closes = false;
+        bool starts_at_line_end = false;  // its first unit is opLineEnd or opLineBreakEnd
+        bool terminal = false;            // its first unit is 0: a run that reaches it has matched
+    };
+    // Scratch of one stage. The open choice: entered at `entry`, tries the rest at `next`, not below `min`;
+    // `settled` when the rest was accepted at the end of the buffer, so that its outcome is final;
+    // `expanded` once it has run a rest.
+    struct StageState {
+        Pos entry = 0, min = 0, next = 0;
+        bool settled = false;
+        bool expanded = false;
+        // Every position in [greedy_start, greedy_end) matches the closure item, which stops at greedy_end.
+        std::uint32_t greedy_generation = 0;
+        Pos greedy_start = 0, greedy_end = 0;
+        // The rest fails at every position in [scan_low, scan_top].
+        std::uint32_t scan_generation = 0;
+        Pos scan_top = 0, scan_low = 0;
+    };
+
+    void BeginSearch(const T* buffer_begin, const T* buffer_end) noexcept;
+    bool Run(Pos candidate, Pos& end) noexcept;
+    Step Enter(std::size_t s, Pos p, Pos& end) noexcept;
+    bool Retry(std::size_t s) noexcept;
+    Pos Greedy(StageState& state, const Item& item, Pos p) noexcept;
+    int Test(const Item& item, Pos p) const noexcept { return Codes::Test(item.at, b_, b_ + n_, b_ + p); }
+    bool Failed(std::size_t s, Pos p) const noexcept { return memory_ && failed_.Contains(std::uint32_t(s), std::uint32_t(p)); }
+    template <typename Scan> Pos ScanForFirstItem(Scan scan) const noexcept;
+    Pos SkipForward(Pos c, Pos limit) const noexcept;
+    Pos SkipBackward(Pos c, Pos lower) const noexcept;
+
+    std::vector<Item> items_;
+    std::vector<Stage> stages_;
+    std::vector<StageState> states_;
+    bool filter_ = false;  // the first item is plain and consumes one character: candidates are filtered by it
+    RegexFailureSet failed_;
+    std::uint32_t generation_ = 0;
+    bool memory_ = false;
+    const T* b_ = nullptr;
+    Pos n_ = 0;
+};
+
+template <typename T>
+void DRegexMatcher<T>::Load(const T* program_begin, const T* program_end) {
+    items_.clear();
+    stages_.clear();
+    states_.clear();
+    filter_ = false;
+    if (program_begin == program_end) return;
+    stages_.emplace_back();
+    for (const T* i = program_begin; i < program_end;) {
+        const Unit code = Unit(*i);
+        Closure closure = Closure::kNone;
+        if (Codes::IsClosure(code)) {
+            closure = code == Codes::opStar ? Closure::kStar : code == Codes::opPlus ? Closure::kPlus : Closure::kOptional;
+            ++i;
+        }
+        items_.push_back(Item{i, closure, !Codes::IsAnchor(Unit(*i))});
+        i += Codes::ItemLength(Unit(*i));
+        if (closure == Closure::kStar || closure == Closure::kPlus) {
+            stages_.back().last = items_.size() - 1;
+            stages_.back().closes = true;
+            Stage rest;
+            rest.first = rest.last = items_.size();
+            rest.starts_at_line_end = Unit(*i) == Codes::opLineEnd || Unit(*i) == Codes::opLineBreakEnd;
+            rest.terminal = Unit(*i) == 0;
+            stages_.push_back(rest);
+            // Nothing after a terminal stage is ever run.
+            if (rest.terminal) break;
+        }
+    }
+    if (!stages_.back().closes) stages_.back().last = items_.size();
+    states_.resize(stages_.size());
+    const Item& first = items_.front();
+    filter_ = stages_.front().last > 0 && first.closure == Closure::kNone && first.single;
+    generation_ = 0;
+}
+
+template <typename T>
+void DRegexMatcher<T>::BeginSearch(const T* buffer_begin, const T* buffer_end) noexcept {
+    b_ = buffer_begin;
+    n_ = buffer_end - buffer_begin;
+    memory_ = n_ < Pos{0xFFFFFFFF} && stages_.size() < 0xFFFFFFFF;
+    failed_.Clear();
+    if (++generation_ == 0) {
+        for (StageState& state : states_) state.greedy_generation = state.scan_generation = 0;
+        generation_ = 1;
+    }
+}
+
+template <typename T>
+bool DRegexMatcher<T>::Match(const T* buffer_begin, const T* buffer_end, const T* candidate,
+                             const T*& match_end) noexcept {
+    BeginSearch(buffer_begin, buffer_end);
+    const Pos c = candidate - buffer_begin;
+    Pos end = 0;
+    if (c < 0 || c > n_ || !Run(c, end)) return false;
+    match_end = b_ + end;
+    return true;
+}
+
+template <typename T>
+bool DRegexMatcher<T>::FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
+                                   const T*& match_start, const T*& match_end) noexcept {
+    BeginSearch(buffer_begin, buffer_end);
+    const Pos stop = std::min<Pos>(limit - b_, n_);
+    for (Pos c = std::max<Pos>(from - b_, 0); c < stop; ++c) {
+        if (filter_) {
+            c = SkipForward(c, stop);
+            if (c == stop) break;
+        }
+        Pos end = 0;
+        if (Run(c, end)) {
+            match_start = b_ + c;
+            match_end = b_ + end;
+            return true;
+        }
+    }
+    return false;
+}
+
+template <typename T>
+bool DRegexMatcher<T>::FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit,
+                                    const T* before, const T*& match_start, const T*& match_end) noexcept {
+    BeginSearch(buffer_begin, buffer_end);
+    const Pos lower = std::max<Pos>(lower_limit - b_, 0);
+    for (Pos c = std::min<Pos>(before - b_, n_) - 1; c >= lower; --c) {
+        if (filter_) {
+            c = SkipBackward(c, lower);
+            if (c < lower) break;
+        }
+        Pos end = 0;
+        if (Run(c, end)) {
+            match_start = b_ + c;
+            match_end = b_ + end;
+            return true;
+        }
+    }
+    return false;
+}
+
+// The run from one candidate: enter stages in order; when a stage fails, go back to the innermost open
+// choice that has another position to offer, remembering each failure on the way.
+template <typename T>
+bool DRegexMatcher<T>::Run(Pos candidate, Pos& end) noexcept {
+    if (stages_.empty()) return false;
+    std::size_t s = 0;
+    Pos p = candidate;
+    for (;;) {
+        const Step step = Enter(s, p, end);
+        if (step == Step::kMatched) return true;
+        bool open = step == Step::kOpen;
+        while (!(open && Retry(s))) {
+            if (s == 0) return false;
+            if (memory_ && states_[s].expanded) failed_.Insert(std::uint32_t(s), std::uint32_t(states_[s].entry));
+            StageState& parent = states_[--s];
+            // A rest accepted at the end of the buffer settles the choice: its failure is the parent's.
+            open = !parent.settled;
+            if (open) parent.scan_low = parent.next--;
+        }
+        states_[s].expanded = true;
+        p = states_[s].next;
+        ++s;
+    }
+}
+
+// Runs the plain and "?" items of stage s from p, then the mandatory and greedy parts of its closure,
+// and opens its choice.
+template <typename T>
+typename DRegexMatcher<T>::Step DRegexMatcher<T>::Enter(std::size_t s, Pos p, Pos& end) noexcept {
+    StageState& state = states_[s];
+    state.entry = p;
+    state.expanded = false;
+    const Stage& stage = stages_[s];
+    for (std::size_t k = stage.first; k < stage.last; ++k) {
+        const int taken = Test(items_[k], p);
+        if (taken >= 0) {
+            p += taken;
+        } else if (items_[k].closure != Closure::kOptional) {
+            return Step::kFailed;
+        }
+    }
+    if (!stage.closes) {
+        end = p;
+        return Step::kMatched;
+    }
+    const Item& item = items_[stage.last];
+    if (item.closure == Closure::kPlus) {
+        const int taken = Test(item, p);
+        if (taken < 0) return Step::kFailed;
+        p += taken;
+    }
+    state.min = p;
+    const Pos top = Greedy(state, item, p);
+    if (stages_[s + 1].terminal) {
+        end = top;
+        return Step::kMatched;
+    }
+    if (state.scan_generation != generation_ || state.scan_top != top) {
+        state.scan_generation = generation_;
+        state.scan_top = top;
+        state.scan_low = top + 1;
+    }
+    state.next = top;
+    state.settled = false;
+    return Step::kOpen;
+}
+
+// Moves the open choice of stage s down to the next position where the rest may match; false when the
+// choice is exhausted. Invariant: next = scan_low - 1 or next >= scan_low.
+template <typename T>
+bool DRegexMatcher<T>::Retry(std::size_t s) noexcept {
+    StageState& state = states_[s];
+    const Stage& rest = stages_[s + 1];
+    while (state.next >= state.min) {
+        const Pos r = state.next;
+        if (r == n_ && rest.starts_at_line_end) {
+            // The rest is accepted here for good: if it is known to fail, so does this choice.
+            state.settled = true;
+            return !Failed(s + 1, r);
+        }
+        if (r >= state.scan_low) {
+            state.next = state.scan_low - 1;
+            continue;
+        }
+        if (r < n_ && !Failed(s + 1, r)) return true;
+        state.scan_low = state.next--;
+    }
+    return false;
+}
+
+template <typename T>
+typename DRegexMatcher<T>::Pos DRegexMatcher<T>::Greedy(StageState& state, const Item& item, Pos p) noexcept {
+    if (!item.single) {
+        for (int taken; p < n_ && (taken = Test(item, p)) > 0;) p += taken;
+        return p;
+    }
+    if (state.greedy_generation != generation_) {
+        state.greedy_generation = generation_;
+        state.greedy_start = state.greedy_end = -1;
+    } else if (state.greedy_start <= p && p <= state.greedy_end) {
+        return state.greedy_end;
+    }
+    const Pos start = p;
+    while (p < n_ && Test(item, p) > 0) {
+        if (++p == state.greedy_start) {
+            p = state.greedy_end;
+            break;
+        }
+    }
+    state.greedy_start = start;
+    state.greedy_end = p;
+    return p;
+}
+
+// Calls scan with the test of the first item on one character, specialised per kind of item.
+template <typename T>
+template <typename Scan>
+typename DRegexMatcher<T>::Pos DRegexMatcher<T>::ScanForFirstItem(Scan scan) const noexcept {
+    const T* item = items_.front().at;
+    const Unit op = Unit(*item);
+    if (op == Codes::opClass) return scan([item](Unit c) { return Codes::InClass(item + 1, c); });
+    if (op == Codes::opAnyChar) return scan([](Unit c) { return c != '\n'; });
+    return scan([op](Unit c) { return c == op; });
+}
+
+template <typename T>
+typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipForward(Pos c, Pos limit) const noexcept {
+    if constexpr (sizeof(T) == 1) {
+        const Unit op = Unit(*items_.front().at);
+        if (op != Codes::opClass && op != Codes::opAnyChar) {
+            const void* hit = std::memchr(b_ + c, op, std::size_t(limit - c));
+            return hit ? static_cast<const T*>(hit) - b_ : limit;
+        }
+    }
+    return ScanForFirstItem([&](auto accepts) {
+        while (c < limit && !accepts(Unit(b_[c]))) ++c;
+        return c;
+    });
+}
+
+template <typename T>
+typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipBackward(Pos c, Pos lower) const noexcept {
+    if constexpr (sizeof(T) == 1) {
+        const Unit op = Unit(*items_.front().at);
+        if (op != Codes::opClass && op != Codes::opAnyChar) {
+            const void* hit = memrchr(b_ + lower, op, std::size_t(c + 1 - lower));
+            return hit ? static_cast<const T*>(hit) - b_ : lower - 1;
+        }
+    }
+    return ScanForFirstItem([&](auto accepts) {
+        while (c >= lower && !accepts(Unit(b_[c]))) --c;
+        return c;
+    });
+}
+
+}  // namespace scrivix
