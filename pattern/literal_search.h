@@ -63,9 +63,9 @@ constexpr LONG PatternLowerLimit(LONG start, LONG end, LONG look_ahead) noexcept
 }
 
 // How a search moves to the next place where an attempt can begin: `plain` steps one character at a
-// time exactly as the algorithm reads; `jump` skips ahead to the next character that equals the
-// pattern's first one, with memchr or a word-at-a-time scan. Both give the same results; `plain` is
-// there to check and measure `jump` against.
+// time exactly as the algorithm reads; `jump` also skips ahead to the next character that equals the
+// pattern's first one (either case of it when ignoring case), with memchr or a word-at-a-time scan.
+// Both give the same results; `plain` is there to check and measure `jump` against.
 enum class LiteralScan { plain, jump };
 
 namespace literal_search_detail {
@@ -159,25 +159,24 @@ std::reverse_iterator<const T*> NextCandidate(std::reverse_iterator<const T*> t,
     return std::reverse_iterator<const T*>(ScanBackward(limit.base(), t.base(), a, b));
 }
 
-// Decides when a jumping search calls the scanner. A call costs more than a few plain steps, so after
-// every scan the search first takes `stride` plain steps; a scan that skipped little doubles the
-// stride, one that skipped far resets it. Where candidates are dense the scanner is thus called only
-// once per kMaxStride characters, and the jumping search stays within a few percent of the plain one.
-class JumpPacer {
+// How far a jumping search runs the plain search after a jump before it calls the scanner again. A
+// call costs as much as a few dozen plain steps, so a scan that skipped little doubles the stretch and
+// one that skipped far resets it: where candidates are dense the scanner runs once per kMax characters
+// and the search keeps the speed of the plain one; where they are sparse the scanner does nearly all
+// the work.
+class JumpStride {
 public:
-    static constexpr std::ptrdiff_t kMinStride = 8;
-    static constexpr std::ptrdiff_t kMaxStride = 512;
+    static constexpr std::ptrdiff_t kMin = 16;
+    static constexpr std::ptrdiff_t kMax = 4096;
     static constexpr std::ptrdiff_t kFarSkip = 32;
 
-    bool Due() noexcept { return budget_-- == 0; }
-    void Skipped(std::ptrdiff_t distance) noexcept {
-        stride_ = distance < kFarSkip ? std::min(2 * stride_, kMaxStride) : kMinStride;
-        budget_ = stride_;
+    std::ptrdiff_t After(std::ptrdiff_t skipped) noexcept {
+        stride_ = skipped < kFarSkip ? std::min(2 * stride_, kMax) : kMin;
+        return stride_;
     }
 
 private:
-    std::ptrdiff_t stride_ = kMinStride;
-    std::ptrdiff_t budget_ = 0;
+    std::ptrdiff_t stride_ = kMin;
 };
 
 }  // namespace literal_search_detail
@@ -228,9 +227,15 @@ public:
     static std::u16string ToOleText(std::basic_string_view<T> text);
 
 private:
-    template <bool kFold, LiteralScan kScan, typename TextIt, typename PatternIt>
+    template <LiteralScan kScan, typename TextIt, typename PatternIt>
     bool Search(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit, PatternIt pattern,
                 TextIt& begin, TextIt& end) const noexcept;
+    template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+    bool Jump(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit, PatternIt pattern, TextIt& begin,
+              TextIt& end) const noexcept;
+    template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+    bool Step(TextIt buffer_first, TextIt buffer_last, TextIt& t, TextIt limit, PatternIt pattern, TextIt& begin,
+              TextIt& end) const noexcept;
 
     template <typename TextIt>
     static TextIt MatchSpace(T w, TextIt t, TextIt buffer_first, TextIt buffer_last) noexcept;
@@ -278,9 +283,7 @@ bool LiteralSearch<T>::FindForward(const T* buffer_begin, const T* buffer_end, c
     limit = std::min(limit, buffer_end);
     const T* begin = nullptr;
     const T* end = nullptr;
-    const bool hit = ignore_case_
-        ? Search<true, kScan>(buffer_begin, buffer_end, from, limit, text_.data(), begin, end)
-        : Search<false, kScan>(buffer_begin, buffer_end, from, limit, text_.data(), begin, end);
+    const bool hit = Search<kScan>(buffer_begin, buffer_end, from, limit, text_.data(), begin, end);
     if (hit) found = {begin, end};
     return hit;
 }
@@ -296,41 +299,66 @@ bool LiteralSearch<T>::FindBackward(const T* buffer_begin, const T* buffer_end, 
     const Reverse first(buffer_end), last(buffer_begin), from(to), limit(std::max(lower_limit, buffer_begin));
     const Reverse pattern(text_.data() + text_.size());
     Reverse begin, end;
-    const bool hit = ignore_case_ ? Search<true, kScan>(first, last, from, limit, pattern, begin, end)
-                                  : Search<false, kScan>(first, last, from, limit, pattern, begin, end);
+    const bool hit = Search<kScan>(first, last, from, limit, pattern, begin, end);
     if (hit) found = {end.base(), begin.base()};
     return hit;
 }
 
-// The search in one direction. buffer_first/buffer_last delimit the buffer in search order; attempts
-// begin in [from, limit); `pattern` reads the text in search order. t is the text position to compare,
-// k the pattern index, and `attempt` where the attempt under way began.
+// Picks the instantiation of the search for the options, so that its loop tests none of them. A
+// white-space first character under skip spaces can match almost anything (rule 2): that search
+// cannot jump.
 template <typename T>
-template <bool kFold, LiteralScan kScan, typename TextIt, typename PatternIt>
+template <LiteralScan kScan, typename TextIt, typename PatternIt>
 bool LiteralSearch<T>::Search(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit,
                               PatternIt pattern, TextIt& begin, TextIt& end) const noexcept {
-    const size_t m = text_.size();
-    const T first = pattern[0];
-    // The characters that can begin an attempt; a white-space first character under skip spaces can
-    // match almost anything (rule 2), so that search cannot jump.
-    const T first_other_case = kFold && first >= 'a' && first <= 'z' ? static_cast<T>(first - ('a' - 'A')) : first;
-    const bool can_jump = kScan == LiteralScan::jump && !(skip_spaces_ && IsWhiteSpace(first));
-    literal_search_detail::JumpPacer pacer;
+    const bool jump = kScan == LiteralScan::jump && !(skip_spaces_ && IsWhiteSpace(pattern[0]));
+    auto with = [](bool flag, auto next) { return flag ? next(std::true_type{}) : next(std::false_type{}); };
+    return with(ignore_case_, [&](auto fold) {
+        return with(skip_spaces_, [&](auto skip_spaces) {
+            if (jump) return Jump<fold(), skip_spaces()>(buffer_first, buffer_last, from, limit, pattern, begin, end);
+            return Step<fold(), skip_spaces()>(buffer_first, buffer_last, from, limit, pattern, begin, end);
+        });
+    });
+}
 
+// The jumping search: the plain search in stretches, between which the scanner skips to the next
+// character that can begin an attempt. A stretch ends with no attempt under way, so the plain search
+// takes up exactly where it would have been; its loop is the very same code.
+template <typename T>
+template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+bool LiteralSearch<T>::Jump(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit,
+                            PatternIt pattern, TextIt& begin, TextIt& end) const noexcept {
+    const T first = pattern[0];
+    const T other_case = kFold && first >= 'a' && first <= 'z' ? static_cast<T>(first - ('a' - 'A')) : first;
+    literal_search_detail::JumpStride stride;
     TextIt t = from;
-    TextIt attempt = from;
+    for (TextIt stretch_end = from;;) {
+        if (Step<kFold, kSkipSpaces>(buffer_first, buffer_last, t, stretch_end, pattern, begin, end)) return true;
+        if (t >= limit) return false;
+        const TextIt found = literal_search_detail::NextCandidate(t, limit, first, other_case);
+        if (found == limit) return false;
+        const std::ptrdiff_t steps = stride.After(found - t);
+        t = found;
+        stretch_end = limit - t > steps ? t + steps : limit;
+    }
+}
+
+// The plain search in one direction. buffer_first/buffer_last delimit the buffer in search order;
+// attempts begin in [t, limit); `pattern` reads the text in search order. t is the text position to
+// compare, k the pattern index, and `attempt` where the attempt under way began. Without an occurrence
+// t is left where the search stopped: at or beyond limit, or at buffer_last when an attempt ran out.
+template <typename T>
+template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+bool LiteralSearch<T>::Step(TextIt buffer_first, TextIt buffer_last, TextIt& t, TextIt limit, PatternIt pattern,
+                            TextIt& begin, TextIt& end) const noexcept {
+    const size_t m = text_.size();
+    TextIt attempt = t;
     size_t k = 0;
     for (;;) {
         if (k == 0) {
-            if (t >= limit) return false;
-            if (can_jump && pacer.Due()) {
-                const TextIt candidate = literal_search_detail::NextCandidate(t, limit, first, first_other_case);
-                pacer.Skipped(candidate - t);
-                t = candidate;
-                if (t == limit) return false;
-            }
+            if (t >= limit) [[unlikely]] return false;
             attempt = t;
-        } else if (t == buffer_last) {
+        } else if (t == buffer_last) [[unlikely]] {
             return false;
         }
 
@@ -338,7 +366,7 @@ bool LiteralSearch<T>::Search(TextIt buffer_first, TextIt buffer_last, TextIt fr
         if (w == (kFold ? ToLower(*t) : *t)) {
             ++k;
             ++t;
-        } else if (const TextIt next = skip_spaces_ && IsWhiteSpace(w) ? MatchSpace(w, t, buffer_first, buffer_last) : t;
+        } else if (const TextIt next = kSkipSpaces && IsWhiteSpace(w) ? MatchSpace(w, t, buffer_first, buffer_last) : t;
                    next != t) {
             ++k;
             t = next;
@@ -347,7 +375,7 @@ bool LiteralSearch<T>::Search(TextIt buffer_first, TextIt buffer_last, TextIt fr
             ++t;
         }
 
-        if (k == m) {
+        if (k == m) [[unlikely]] {
             if (!whole_word_ || ((attempt == buffer_first || IsWhiteSpace(attempt[-1])) &&
                                  (t == buffer_last || IsWhiteSpace(*t)))) {
                 begin = attempt;
