@@ -1,0 +1,405 @@
+// The literal search of a pattern: finds a literal text in a buffer of 8-bit or 16-bit characters,
+// forwards from a position or backwards towards one, with the options whole word, ignore case and skip
+// spaces. It is pure algorithm over raw character pointers; the pattern object builds one LiteralSearch
+// whenever its text or options change and calls it for every Find and FindReverse, which then neither
+// copy nor allocate.
+//
+// The search is a single pass that never backs up. Forwards, an attempt begins at some position and
+// compares the text with the pattern character by character; on a mismatch the next attempt begins at
+// the character after the failing one, so that character is never tried again as the pattern's first
+// character ('aab' is not found in 'aaab'). An attempt may only begin below the search limit, but once
+// begun it may run on to the end of the buffer. With whole word, an occurrence counts only if white
+// space or the buffer's edge lies on each side of it; a rejected occurrence counts as a mismatch at
+// the character after it. The backward search is the exact mirror image: attempts begin at the end of
+// an occurrence, at or above the lower limit, and run down, possibly below it, to the buffer's start.
+//
+// Characters: white space is 0x09 to 0x0D and 0x20 below code 256, and what the classic locale says
+// above; lower-casing folds only 'A' to 'Z'. With ignore case both sides are lower-cased.
+//
+// Skip spaces changes how a white-space character w of the pattern meets the text character c (the
+// other pattern characters always need an equal text character). In search order:
+//   1. c equal to w: w matches that one character.
+//   2. c not white space: w matches c (it stands in for any one character there).
+//   3. c other white space: w matches the whole run of white space c belongs to, provided c begins the
+//      run (the character before it, in search order, is no white space or the buffer's edge) and the
+//      run does not end with w either. A run that begins or ends with w is left to rule 1, which
+//      matches it character for character; a run that an earlier pattern character has entered
+//      cannot be taken by rule 3.
+//   Anything else is a mismatch at c.
+// Rule 3 is symmetric on purpose: it decides from the run as a whole, never from where the search came
+// in. So every rule picks the same characters whichever end the search starts from, and the forward
+// search from p finds [p, e) exactly when the backward search towards e finds it: both directions agree
+// on what an occurrence is. (Taking, after a run, one more character beyond it, as a one-sided scan
+// naturally would, makes the directions disagree; that extra step is therefore not taken.)
+#pragma once
+
+#include <scrivix/scrivix.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace scrivix {
+
+// The least of end, start + look_ahead and length: a forward search tries only attempts that begin
+// below it. Computed without overflow and never below start, so that it always names a position.
+constexpr LONG PatternSearchLimit(LONG start, LONG end, LONG look_ahead, LONG length) noexcept {
+    const int64_t limit = std::min({int64_t{end}, int64_t{start} + look_ahead, int64_t{length}});
+    return static_cast<LONG>(std::max<int64_t>(limit, start));
+}
+
+// The greatest of start, end - look_ahead and 0: a backward search tries only attempts whose last
+// character lies at or above it. Computed without overflow and never above end.
+constexpr LONG PatternLowerLimit(LONG start, LONG end, LONG look_ahead) noexcept {
+    const int64_t lower = std::max({int64_t{start}, int64_t{end} - look_ahead, int64_t{0}});
+    return static_cast<LONG>(std::min<int64_t>(lower, end));
+}
+
+// How a search moves to the next place where an attempt can begin: `plain` steps one character at a
+// time exactly as the algorithm reads; `jump` also skips ahead to the next character that equals the
+// pattern's first one (either case of it when ignoring case), with memchr or a word-at-a-time scan.
+// Both give the same results; `plain` is there to check and measure `jump` against.
+enum class LiteralScan { plain, jump };
+
+namespace literal_search_detail {
+
+bool IsWideWhiteSpace(char16_t code) noexcept;
+
+// A 64-bit word seen as lanes of 8-bit or 16-bit characters.
+template <typename Lane>
+struct Lanes {
+    static constexpr int kBits = 8 * sizeof(Lane);
+    static constexpr std::ptrdiff_t kCount = sizeof(uint64_t) / sizeof(Lane);
+    static constexpr uint64_t kOnes = ~uint64_t{0} / std::numeric_limits<Lane>::max();
+    static constexpr uint64_t kLowBits = kOnes * (std::numeric_limits<Lane>::max() >> 1);
+
+    static constexpr uint64_t Broadcast(Lane c) noexcept { return kOnes * c; }
+    // The top bit of each lane of x that is zero and no other bit: no borrow crosses into another lane,
+    // so the mask is exact in both directions.
+    static constexpr uint64_t ZeroLanes(uint64_t x) noexcept { return ~(((x & kLowBits) + kLowBits) | x | kLowBits); }
+    // The lowest and the highest memory index among the lanes of a non-zero mask.
+    static int FirstLane(uint64_t mask) noexcept {
+        if constexpr (std::endian::native == std::endian::little) return std::countr_zero(mask) / kBits;
+        else return std::countl_zero(mask) / kBits;
+    }
+    static int LastLane(uint64_t mask) noexcept {
+        if constexpr (std::endian::native == std::endian::little) return (63 - std::countl_zero(mask)) / kBits;
+        else return (63 - std::countr_zero(mask)) / kBits;
+    }
+};
+
+template <typename T>
+uint64_t MatchingLanes(const T* at, uint64_t a, uint64_t b) noexcept {
+    using L = Lanes<std::make_unsigned_t<T>>;
+    uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    return L::ZeroLanes(word ^ a) | L::ZeroLanes(word ^ b);
+}
+
+// The first character in [first, last) that equals a or b, or last if there is none.
+template <typename T>
+const T* ScanForward(const T* first, const T* last, T a, T b) noexcept {
+    if constexpr (sizeof(T) == 1) {
+        if (a == b) {
+            const void* hit = std::memchr(first, static_cast<unsigned char>(a), static_cast<size_t>(last - first));
+            return hit ? static_cast<const T*>(hit) : last;
+        }
+    }
+    using L = Lanes<std::make_unsigned_t<T>>;
+    const uint64_t wa = L::Broadcast(static_cast<std::make_unsigned_t<T>>(a));
+    const uint64_t wb = L::Broadcast(static_cast<std::make_unsigned_t<T>>(b));
+    for (; last - first >= L::kCount; first += L::kCount) {
+        if (const uint64_t hits = MatchingLanes(first, wa, wb)) return first + L::FirstLane(hits);
+    }
+    for (; first != last; ++first) {
+        if (*first == a || *first == b) return first;
+    }
+    return last;
+}
+
+// The position just after the last character in [first, last) that equals a or b, or first if there
+// is none: what a reverse iterator over the range needs.
+template <typename T>
+const T* ScanBackward(const T* first, const T* last, T a, T b) noexcept {
+    if constexpr (sizeof(T) == 1) {
+        if (a == b) {
+            const void* hit = ::memrchr(first, static_cast<unsigned char>(a), static_cast<size_t>(last - first));
+            return hit ? static_cast<const T*>(hit) + 1 : first;
+        }
+    }
+    using L = Lanes<std::make_unsigned_t<T>>;
+    const uint64_t wa = L::Broadcast(static_cast<std::make_unsigned_t<T>>(a));
+    const uint64_t wb = L::Broadcast(static_cast<std::make_unsigned_t<T>>(b));
+    for (; last - first >= L::kCount; last -= L::kCount) {
+        if (const uint64_t hits = MatchingLanes(last - L::kCount, wa, wb)) {
+            return last - L::kCount + L::LastLane(hits) + 1;
+        }
+    }
+    for (; last != first; --last) {
+        if (last[-1] == a || last[-1] == b) return last;
+    }
+    return first;
+}
+
+// The next character at or after t, in search order and before limit, that equals a or b.
+template <typename T>
+const T* NextCandidate(const T* t, const T* limit, T a, T b) noexcept {
+    return ScanForward(t, limit, a, b);
+}
+template <typename T>
+std::reverse_iterator<const T*> NextCandidate(std::reverse_iterator<const T*> t, std::reverse_iterator<const T*> limit,
+                                              T a, T b) noexcept {
+    return std::reverse_iterator<const T*>(ScanBackward(limit.base(), t.base(), a, b));
+}
+
+// How far a jumping search runs the plain search after a jump before it calls the scanner again. A
+// call costs as much as a few dozen plain steps, so a scan that skipped little doubles the stretch and
+// one that skipped far resets it: where candidates are dense the scanner runs once per kMax characters
+// and the search keeps the speed of the plain one; where they are sparse the scanner does nearly all
+// the work.
+class JumpStride {
+public:
+    static constexpr std::ptrdiff_t kMin = 16;
+    static constexpr std::ptrdiff_t kMax = 4096;
+    static constexpr std::ptrdiff_t kFarSkip = 32;
+
+    std::ptrdiff_t After(std::ptrdiff_t skipped) noexcept {
+        stride_ = skipped < kFarSkip ? std::min(2 * stride_, kMax) : kMin;
+        return stride_;
+    }
+
+private:
+    std::ptrdiff_t stride_ = kMin;
+};
+
+}  // namespace literal_search_detail
+
+template <typename T>
+class LiteralSearch {
+    static_assert(std::is_same_v<T, char> || std::is_same_v<T, char16_t>, "8-bit or 16-bit characters only");
+
+public:
+    // An occurrence: [begin, end) within the searched buffer.
+    struct Occurrence {
+        const T* begin = nullptr;
+        const T* end = nullptr;
+    };
+
+    LiteralSearch() = default;
+    // Builds the search for `text` with the option bits of `pattern_options`; only poWholeWord,
+    // poIgnoreCase and poSkipSpaces matter here. May throw std::bad_alloc.
+    LiteralSearch(std::basic_string_view<T> text, LONG options);
+
+    // An empty text finds nothing (the pattern object reports the failure before searching).
+    bool Empty() const noexcept { return text_.empty(); }
+
+    // Looks for the first occurrence that begins in [from, limit) of the buffer [buffer_begin,
+    // buffer_end); it may run on past limit up to buffer_end. A limit beyond buffer_end counts as
+    // buffer_end; from outside the buffer finds nothing. On success writes `found`.
+    template <LiteralScan kScan = LiteralScan::jump>
+    bool FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
+                     Occurrence& found) const noexcept;
+
+    // Looks for the occurrence nearest to `to` that ends at or before `to` and whose last character
+    // lies at or above lower_limit; it may begin below lower_limit, down to buffer_begin. A lower
+    // limit below buffer_begin counts as buffer_begin; `to` outside the buffer finds nothing.
+    template <LiteralScan kScan = LiteralScan::jump>
+    bool FindBackward(const T* buffer_begin, const T* buffer_end, const T* to, const T* lower_limit,
+                      Occurrence& found) const noexcept;
+
+    static bool IsWhiteSpace(T c) noexcept {
+        const auto code = static_cast<std::make_unsigned_t<T>>(c);
+        if (code < 256) return code == 0x20 || (code >= 0x09 && code <= 0x0D);
+        return literal_search_detail::IsWideWhiteSpace(static_cast<char16_t>(code));
+    }
+    static T ToLower(T c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<T>(c + ('a' - 'A')) : c; }
+
+    // The automation text of a pattern as its characters: an 8-bit pattern keeps the low 8 bits of each
+    // 16-bit unit, and gives its characters back widened by sign extension (0xE9 reads 0xFFE9).
+    static std::basic_string<T> FromOleText(std::u16string_view text);
+    static std::u16string ToOleText(std::basic_string_view<T> text);
+
+private:
+    template <LiteralScan kScan, typename TextIt, typename PatternIt>
+    bool Search(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit, PatternIt pattern,
+                TextIt& begin, TextIt& end) const noexcept;
+    template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+    bool Jump(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit, PatternIt pattern, TextIt& begin,
+              TextIt& end) const noexcept;
+    template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+    bool Step(TextIt buffer_first, TextIt buffer_last, TextIt& t, TextIt limit, PatternIt pattern, TextIt& begin,
+              TextIt& end) const noexcept;
+
+    template <typename TextIt>
+    static TextIt MatchSpace(T w, TextIt t, TextIt buffer_first, TextIt buffer_last) noexcept;
+
+    std::basic_string<T> text_;  // lower-cased when ignoring case
+    bool whole_word_ = false;
+    bool ignore_case_ = false;
+    bool skip_spaces_ = false;
+};
+
+template <typename T>
+LiteralSearch<T>::LiteralSearch(std::basic_string_view<T> text, LONG options)
+    : text_(text),
+      whole_word_((options & poWholeWord) != 0),
+      ignore_case_((options & poIgnoreCase) != 0),
+      skip_spaces_((options & poSkipSpaces) != 0) {
+    if (ignore_case_) std::ranges::transform(text_, text_.begin(), ToLower);
+}
+
+template <typename T>
+std::basic_string<T> LiteralSearch<T>::FromOleText(std::u16string_view text) {
+    std::basic_string<T> characters(text.size(), T{});
+    std::ranges::transform(text, characters.begin(), [](char16_t unit) {
+        if constexpr (sizeof(T) == 1) return static_cast<T>(static_cast<unsigned char>(unit & 0xFF));
+        else return unit;
+    });
+    return characters;
+}
+
+template <typename T>
+std::u16string LiteralSearch<T>::ToOleText(std::basic_string_view<T> text) {
+    std::u16string units(text.size(), u'\0');
+    std::ranges::transform(text, units.begin(), [](T c) {
+        if constexpr (sizeof(T) == 1) return static_cast<char16_t>(static_cast<int16_t>(static_cast<signed char>(c)));
+        else return c;
+    });
+    return units;
+}
+
+template <typename T>
+template <LiteralScan kScan>
+bool LiteralSearch<T>::FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
+                                   Occurrence& found) const noexcept {
+    if (text_.empty() || from < buffer_begin || from > buffer_end) return false;
+    limit = std::min(limit, buffer_end);
+    const T* begin = nullptr;
+    const T* end = nullptr;
+    const bool hit = Search<kScan>(buffer_begin, buffer_end, from, limit, text_.data(), begin, end);
+    if (hit) found = {begin, end};
+    return hit;
+}
+
+// Runs the forward search over reverse iterators: attempts then begin at the end of an occurrence and
+// read the text and the pattern from their last characters down.
+template <typename T>
+template <LiteralScan kScan>
+bool LiteralSearch<T>::FindBackward(const T* buffer_begin, const T* buffer_end, const T* to, const T* lower_limit,
+                                    Occurrence& found) const noexcept {
+    if (text_.empty() || to < buffer_begin || to > buffer_end) return false;
+    using Reverse = std::reverse_iterator<const T*>;
+    const Reverse first(buffer_end), last(buffer_begin), from(to), limit(std::max(lower_limit, buffer_begin));
+    const Reverse pattern(text_.data() + text_.size());
+    Reverse begin, end;
+    const bool hit = Search<kScan>(first, last, from, limit, pattern, begin, end);
+    if (hit) found = {end.base(), begin.base()};
+    return hit;
+}
+
+// Picks the instantiation of the search for the options, so that its loop tests none of them. A
+// white-space first character under skip spaces can match almost anything (rule 2): that search
+// cannot jump.
+template <typename T>
+template <LiteralScan kScan, typename TextIt, typename PatternIt>
+bool LiteralSearch<T>::Search(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit,
+                              PatternIt pattern, TextIt& begin, TextIt& end) const noexcept {
+    const bool jump = kScan == LiteralScan::jump && !(skip_spaces_ && IsWhiteSpace(pattern[0]));
+    auto with = [](bool flag, auto next) { return flag ? next(std::true_type{}) : next(std::false_type{}); };
+    return with(ignore_case_, [&](auto fold) {
+        return with(skip_spaces_, [&](auto skip_spaces) {
+            if (jump) return Jump<fold(), skip_spaces()>(buffer_first, buffer_last, from, limit, pattern, begin, end);
+            return Step<fold(), skip_spaces()>(buffer_first, buffer_last, from, limit, pattern, begin, end);
+        });
+    });
+}
+
+// The jumping search: the plain search in stretches, between which the scanner skips to the next
+// character that can begin an attempt. A stretch ends with no attempt under way, so the plain search
+// takes up exactly where it would have been; its loop is the very same code.
+template <typename T>
+template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+bool LiteralSearch<T>::Jump(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit,
+                            PatternIt pattern, TextIt& begin, TextIt& end) const noexcept {
+    const T first = pattern[0];
+    const T other_case = kFold && first >= 'a' && first <= 'z' ? static_cast<T>(first - ('a' - 'A')) : first;
+    literal_search_detail::JumpStride stride;
+    TextIt t = from;
+    for (TextIt stretch_end = from;;) {
+        if (Step<kFold, kSkipSpaces>(buffer_first, buffer_last, t, stretch_end, pattern, begin, end)) return true;
+        if (t >= limit) return false;
+        const TextIt found = literal_search_detail::NextCandidate(t, limit, first, other_case);
+        if (found == limit) return false;
+        const std::ptrdiff_t steps = stride.After(found - t);
+        t = found;
+        stretch_end = limit - t > steps ? t + steps : limit;
+    }
+}
+
+// The plain search in one direction. buffer_first/buffer_last delimit the buffer in search order;
+// attempts begin in [t, limit); `pattern` reads the text in search order. t is the text position to
+// compare, k the pattern index, and `attempt` where the attempt under way began. Without an occurrence
+// t is left where the search stopped: at or beyond limit, or at buffer_last when an attempt ran out.
+template <typename T>
+template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
+bool LiteralSearch<T>::Step(TextIt buffer_first, TextIt buffer_last, TextIt& t, TextIt limit, PatternIt pattern,
+                            TextIt& begin, TextIt& end) const noexcept {
+    const size_t m = text_.size();
+    TextIt attempt = t;
+    size_t k = 0;
+    for (;;) {
+        if (k == 0) {
+            if (t >= limit) [[unlikely]] return false;
+            attempt = t;
+        } else if (t == buffer_last) [[unlikely]] {
+            return false;
+        }
+
+        const T w = pattern[k];
+        if (w == (kFold ? ToLower(*t) : *t)) {
+            ++k;
+            ++t;
+        } else if (const TextIt next = kSkipSpaces && IsWhiteSpace(w) ? MatchSpace(w, t, buffer_first, buffer_last) : t;
+                   next != t) {
+            ++k;
+            t = next;
+        } else {
+            k = 0;
+            ++t;
+        }
+
+        if (k == m) [[unlikely]] {
+            if (!whole_word_ || ((attempt == buffer_first || IsWhiteSpace(attempt[-1])) &&
+                                 (t == buffer_last || IsWhiteSpace(*t)))) {
+                begin = attempt;
+                end = t;
+                return true;
+            }
+            // A rejected occurrence is a mismatch at the character after it.
+            if (t == buffer_last) return false;
+            k = 0;
+            ++t;
+        }
+    }
+}
+
+// Rules 2 and 3 of skip spaces for the white-space pattern character w, which differs from the text
+// character at t: where its match ends, or t itself when it does not match there.
+template <typename T>
+template <typename TextIt>
+TextIt LiteralSearch<T>::MatchSpace(T w, TextIt t, TextIt buffer_first, TextIt buffer_last) noexcept {
+    if (!IsWhiteSpace(*t)) return t + 1;
+    if (t != buffer_first && IsWhiteSpace(t[-1])) return t;
+    TextIt run_end = t + 1;
+    while (run_end != buffer_last && IsWhiteSpace(*run_end)) ++run_end;
+    return run_end[-1] == w ? t : run_end;
+}
+
+}  // namespace scrivix

@@ -1,0 +1,244 @@
+// The literal search against a plain reference: each direction written out step by step with integer
+// positions, as the algorithm reads, kept here as the gold standard. Tens of thousands of random
+// patterns, texts, options, ranges and look-aheads (fixed seed) must give the same results from the
+// reference, the plain scan and the jumping scan, and the two directions must agree on occurrences.
+#include "pattern/literal_search.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace scrivix {
+namespace {
+
+struct Result {
+    bool found = false;
+    LONG start = 0;
+    LONG end = 0;
+    bool operator==(const Result&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Result& r) {
+    return r.found ? out << r.start << "-" << r.end : out << "none";
+}
+
+template <typename T>
+struct Reference {
+    const std::basic_string<T>& s;  // the buffer
+    const std::basic_string<T>& p;  // the pattern text
+    LONG options;
+
+    static bool Space(T c) { return LiteralSearch<T>::IsWhiteSpace(c); }
+    T Fold(T c) const { return options & poIgnoreCase ? LiteralSearch<T>::ToLower(c) : c; }
+    bool Ws(LONG i) const { return Space(s[i]); }
+
+    Result Forward(LONG Start, LONG End, LONG LookAhead) const {
+        const LONG n = static_cast<LONG>(s.size()), m = static_cast<LONG>(p.size());
+        const int64_t L = std::min({int64_t{End}, int64_t{Start} + LookAhead, int64_t{n}});
+        LONG t = Start, k = 0, q = Start - 1;
+        for (;;) {
+            if (t >= L && (k == 0 || t >= n)) return {};
+            if (Fold(p[k]) == Fold(s[t])) {
+                ++k;
+            } else if (options & poSkipSpaces && Space(p[k])) {
+                if (!Ws(t)) {
+                    ++k;  // rule 2: the step below passes over s[t]
+                } else {
+                    LONG u = t;  // the last white-space character of the run from t
+                    while (u + 1 < n && Ws(u + 1)) ++u;
+                    if ((t == 0 || !Ws(t - 1)) && Fold(s[u]) != Fold(p[k])) {
+                        ++k;  // rule 3
+                        t = u;
+                    } else {
+                        k = 0;
+                        q = t;
+                    }
+                }
+            } else {
+                k = 0;
+                q = t;
+            }
+            ++t;
+            if (k < m) continue;
+            if (!(options & poWholeWord) || ((q + 1 == 0 || Ws(q)) && (t == n || Ws(t)))) return {true, q + 1, t};
+            if (t >= n) return {};
+            q = t;
+            k = 0;
+            ++t;
+        }
+    }
+
+    Result Backward(LONG Start, LONG End, LONG LookAhead) const {
+        const LONG n = static_cast<LONG>(s.size()), m = static_cast<LONG>(p.size());
+        const int64_t L = std::max({int64_t{Start}, int64_t{End} - LookAhead, int64_t{0}});
+        LONG t = End - 1, k = m - 1, r = End;
+        for (;;) {
+            if (t < L && (k == m - 1 || t < 0)) return {};
+            if (Fold(p[k]) == Fold(s[t])) {
+                --k;
+            } else if (options & poSkipSpaces && Space(p[k])) {
+                if (!Ws(t)) {
+                    --k;
+                } else {
+                    LONG u = t;  // the first white-space character of the run down from t
+                    while (u - 1 >= 0 && Ws(u - 1)) --u;
+                    if ((t == n - 1 || !Ws(t + 1)) && Fold(s[u]) != Fold(p[k])) {
+                        --k;
+                        t = u;
+                    } else {
+                        k = m - 1;
+                        r = t;
+                    }
+                }
+            } else {
+                k = m - 1;
+                r = t;
+            }
+            --t;
+            if (k >= 0) continue;
+            if (!(options & poWholeWord) || ((t + 1 == 0 || Ws(t)) && (r == n || Ws(r)))) return {true, t + 1, r};
+            if (t < 0) return {};
+            r = t;
+            k = m - 1;
+            --t;
+        }
+    }
+};
+
+template <typename T>
+Result ToResult(bool hit, const typename LiteralSearch<T>::Occurrence& found, const T* base) {
+    if (!hit) return {};
+    return {true, static_cast<LONG>(found.begin - base), static_cast<LONG>(found.end - base)};
+}
+
+template <typename T, LiteralScan kScan>
+Result Forward(const LiteralSearch<T>& search, const std::basic_string<T>& s, LONG start, LONG limit) {
+    typename LiteralSearch<T>::Occurrence found;
+    const T* b = s.data();
+    return ToResult(search.template FindForward<kScan>(b, b + s.size(), b + start, b + limit, found), found, b);
+}
+
+template <typename T, LiteralScan kScan>
+Result Backward(const LiteralSearch<T>& search, const std::basic_string<T>& s, LONG end, LONG lower) {
+    typename LiteralSearch<T>::Occurrence found;
+    const T* b = s.data();
+    return ToResult(search.template FindBackward<kScan>(b, b + s.size(), b + end, b + lower, found), found, b);
+}
+
+// Characters that make the interesting cases frequent: both cases of letters, every kind of white
+// space, look-alikes under a careless fold, and codes whose 8-bit and 16-bit readings differ.
+template <typename T>
+std::vector<T> CharacterPool() {
+    std::vector<T> pool = {'a', 'b', 'A', 'B', 'z', ' ', '\t', '\n', '\r', '\v', '\f', '.', '@', '`', '[', '{'};
+    if constexpr (sizeof(T) == 1) {
+        for (int code : {0xC9, 0xE9, 0xA0, 0x85, 0xFF}) pool.push_back(static_cast<T>(code));
+    } else {
+        for (int code : {0xC9, 0xE9, 0xA0, 0x85, 0x100, 0x161, 0x3000, 0x2028, 0xFF41, 0xFFE9}) {
+            pool.push_back(static_cast<T>(code));
+        }
+    }
+    return pool;
+}
+
+template <typename T>
+class LiteralSearchRandomTest : public ::testing::Test {};
+using CharacterTypes = ::testing::Types<char, char16_t>;
+TYPED_TEST_SUITE(LiteralSearchRandomTest, CharacterTypes);
+
+TYPED_TEST(LiteralSearchRandomTest, MatchesTheReferenceAndBothDirectionsAgree) {
+    using T = TypeParam;
+    constexpr int kTrials = 40000;
+    std::mt19937 random(20240917);
+    const std::vector<T> pool = CharacterPool<T>();
+    auto below = [&](int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); };
+    int found_forward = 0, found_backward = 0, found_skipping_spaces = 0;
+
+    for (int trial = 0; trial < kTrials; ++trial) {
+        // A few characters per trial; long texts now and then, mostly of one filler, to make the
+        // jumping scan cross whole words and change its stride.
+        std::vector<T> alphabet(2 + below(4));
+        for (T& c : alphabet) c = pool[below(static_cast<int>(pool.size()))];
+        const int length = below(10) == 0 ? 200 + below(800) : below(40);
+        std::basic_string<T> text;
+        for (int i = 0; i < length; ++i) text += below(4) == 0 || length < 200 ? alphabet[below(alphabet.size())] : alphabet[0];
+
+        std::basic_string<T> pattern;
+        const int m = 1 + below(5);
+        if (length >= m && below(2) == 0) {
+            pattern = text.substr(below(length - m + 1), m);
+            if (below(3) == 0) std::ranges::transform(pattern, pattern.begin(), [](T c) {
+                return c >= 'a' && c <= 'z' ? static_cast<T>(c - 32) : c;
+            });
+        } else {
+            for (int i = 0; i < m; ++i) pattern += alphabet[below(alphabet.size())];
+        }
+
+        const LONG options = below(16);
+        const LONG n = length;
+        const LONG start = below(n + 1);
+        const LONG end = start + below(n - start + 1);
+        const LONG look_ahead = below(4) == 0 ? 2048 : below(n + 4) - 2;
+        const LiteralSearch<T> search(pattern, options);
+        const Reference<T> reference{text, pattern, options};
+        SCOPED_TRACE(testing::Message() << "trial " << trial << " options " << options << " range [" << start << ", "
+                                        << end << ") look-ahead " << look_ahead << " length " << n << " m " << m);
+
+        const LONG limit = PatternSearchLimit(start, end, look_ahead, n);
+        const Result forward = reference.Forward(start, end, look_ahead);
+        ASSERT_EQ((Forward<T, LiteralScan::plain>(search, text, start, limit)), forward);
+        ASSERT_EQ((Forward<T, LiteralScan::jump>(search, text, start, limit)), forward);
+
+        const LONG lower = PatternLowerLimit(start, end, look_ahead);
+        const Result backward = reference.Backward(start, end, look_ahead);
+        ASSERT_EQ((Backward<T, LiteralScan::plain>(search, text, end, lower)), backward);
+        ASSERT_EQ((Backward<T, LiteralScan::jump>(search, text, end, lower)), backward);
+
+        // An occurrence found one way is found the other way by a single attempt from its far end.
+        if (forward.found && options & poSkipSpaces) ++found_skipping_spaces;
+        if (forward.found) {
+            ++found_forward;
+            ASSERT_EQ((Backward<T, LiteralScan::jump>(search, text, forward.end, forward.end - 1)), forward);
+        }
+        if (backward.found) {
+            ++found_backward;
+            ASSERT_EQ((Forward<T, LiteralScan::jump>(search, text, backward.start, backward.start + 1)), backward);
+        }
+    }
+    // The trials must really find things, in both directions.
+    EXPECT_GT(found_forward, kTrials / 8);
+    EXPECT_GT(found_backward, kTrials / 8);
+    EXPECT_GT(found_skipping_spaces, kTrials / 20);
+}
+
+// The scanners of the jumping search against a plain loop, at every alignment and length.
+TYPED_TEST(LiteralSearchRandomTest, ScannersFindTheNearestCandidate) {
+    using T = TypeParam;
+    std::mt19937 random(7);
+    const std::vector<T> pool = CharacterPool<T>();
+    for (int trial = 0; trial < 20000; ++trial) {
+        std::basic_string<T> text(random() % 70, T{});
+        for (T& c : text) c = random() % 8 == 0 ? pool[random() % pool.size()] : T{'x'};
+        const T a = pool[random() % pool.size()];
+        const T b = random() % 2 ? a : pool[random() % pool.size()];
+        const size_t first = random() % (text.size() + 1);
+        const size_t last = first + random() % (text.size() - first + 1);
+        const T* s = text.data();
+        auto is_candidate = [&](T c) { return c == a || c == b; };
+        const T* expected_forward = std::find_if(s + first, s + last, is_candidate);
+        EXPECT_EQ(literal_search_detail::ScanForward(s + first, s + last, a, b), expected_forward);
+        const T* expected_backward = s + first;
+        for (const T* p = s + last; p != s + first; --p) {
+            if (is_candidate(p[-1])) {
+                expected_backward = p;
+                break;
+            }
+        }
+        EXPECT_EQ(literal_search_detail::ScanBackward(s + first, s + last, a, b), expected_backward);
+    }
+}
+
+}  // namespace
+}  // namespace scrivix
