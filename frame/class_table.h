@@ -24,6 +24,8 @@ HRESULT CreateEditBufferA(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateEditBufferU(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateBufferSegmentA(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateBufferSegmentU(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreatePatternA(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreatePatternU(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateScrivixSvr(IUnknown* outer, REFIID iid, void** ppv);
 
 }  // namespace scrivix
