@@ -26,8 +26,6 @@ public:
     ULONG write_limit = ~ULONG{0};
     // The size a Seek from the end reports, when it is not the real one.
     std::optional<uint64_t> reported_size;
-    // The position a Seek from the start reports, when it is not the real one.
-    std::optional<uint64_t> reported_start;
     int reads = 0;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
@@ -68,7 +66,6 @@ public:
         position = static_cast<uint64_t>(base + move.QuadPart);
         uint64_t reported = position;
         if (origin == STREAM_SEEK_END && reported_size) reported = *reported_size;
-        if (origin == STREAM_SEEK_SET && reported_start) reported = *reported_start;
         if (new_position) new_position->QuadPart = reported;
         return S_OK;
     }
