@@ -169,33 +169,10 @@ HRESULT SCRIVIX_EDIT_BUFFER_CLASS::ProcessID(LONG* ID) {
     return S_OK;
 }
 
-SCRIVIX_EDIT_BUFFER
-HRESULT SCRIVIX_EDIT_BUFFER_CLASS::FromStream(IUnknown*, ULONG* Actual) {
-    if (Actual) *Actual = 0;
-    return E_NOTIMPL;
-}
-
-SCRIVIX_EDIT_BUFFER
-HRESULT SCRIVIX_EDIT_BUFFER_CLASS::LoadFile(BSTR, SHORT, ULONG* Actual) {
-    if (Actual) *Actual = 0;
-    return E_NOTIMPL;
-}
-
-SCRIVIX_EDIT_BUFFER
-HRESULT SCRIVIX_EDIT_BUFFER_CLASS::WriteFile(LONG, LONG, BSTR, SHORT, ULONG* Actual) {
-    if (Actual) *Actual = 0;
-    return E_NOTIMPL;
-}
-
-SCRIVIX_EDIT_BUFFER
-HRESULT SCRIVIX_EDIT_BUFFER_CLASS::ToStream(LONG, LONG, IUnknown*, ULONG* Actual) {
-    if (Actual) *Actual = 0;
-    return E_NOTIMPL;
-}
-
 #undef SCRIVIX_EDIT_BUFFER
 #undef SCRIVIX_EDIT_BUFFER_CLASS
 
+// FromStream, LoadFile, WriteFile and ToStream are defined and instantiated in buffer_transfer.cpp.
 template class DEditBuffer<char, CLSID_EditBufferA, DefaultANSIFileClass, DefaultANSISegment, DefaultANSIPattern>;
 template class DEditBuffer<char16_t, CLSID_EditBufferU, DefaultUNICODEFileClass, DefaultUNICODESegment,
                            DefaultUNICODEPattern>;

@@ -18,8 +18,8 @@ std::span<ClassEntry> ClassTable() {
     static ClassEntry table[] = {
         {&CLSID_EditBufferA, "EditBufferA", 101, CreateEditBufferA, {}},
         {&CLSID_EditBufferU, "EditBufferU", 101, CreateEditBufferU, {}},
-        {&CLSID_FileStreamA, "FileStreamA", 105, NotBuilt, {}},
-        {&CLSID_FileStreamU, "FileStreamU", 105, NotBuilt, {}},
+        {&CLSID_FileStreamA, "FileStreamA", 105, CreateFileStreamA, {}},
+        {&CLSID_FileStreamU, "FileStreamU", 105, CreateFileStreamU, {}},
         {&CLSID_TextSegment, "TextSegment", 103, NotBuilt, {}},
         {&CLSID_PatternA, "PatternA", 106, CreatePatternA, {}},
         {&CLSID_PatternU, "PatternU", 106, CreatePatternU, {}},

@@ -22,6 +22,8 @@ std::span<ClassEntry> ClassTable();
 // The creators of the classes, each defined by its own subsystem.
 HRESULT CreateEditBufferA(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateEditBufferU(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreateFileStreamA(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreateFileStreamU(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateBufferSegmentA(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateBufferSegmentU(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreatePatternA(IUnknown* outer, REFIID iid, void** ppv);

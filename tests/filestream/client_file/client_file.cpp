@@ -1,0 +1,145 @@
+// A client's own file class, "Scrivix.Test.MemoryFile", in a class server of its own: an IFile whose
+// files live in memory, keyed by name. It links nothing of the library, as a module of another vendor
+// would not, and knows the interface ids it answers by their values. Tests reach its files through
+// objects of the class, and the mode of its last Open through an exported function.
+#include <scrivix/scrivix.h>
+
+#include <algorithm>
+#include <atomic>
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace {
+
+// {7B3F6A10-2C4D-4E8F-9A1B-5C6D7E8F9020}
+constexpr CLSID kMemoryFileClsid = {0x7B3F6A10, 0x2C4D, 0x4E8F, {0x9A, 0x1B, 0x5C, 0x6D, 0x7E, 0x8F, 0x90, 0x20}};
+
+constexpr IID kIUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+constexpr IID kIClassFactory = {0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+constexpr IID kIStream = {0x0000000C, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+// {3A124C64-7E02-4F05-B7C1-DCE27F7695F5}
+constexpr IID kIFile = {0x3A124C64, 0x7E02, 0x4F05, {0xB7, 0xC1, 0xDC, 0xE2, 0x7F, 0x76, 0x95, 0xF5}};
+
+constexpr HRESULT kFileNotFound = static_cast<HRESULT>(0x80030002u);
+
+std::mutex mutex;
+std::map<std::u16string, std::string> files;
+SHORT last_mode = 0;
+std::atomic<long> live{0};
+
+class MemoryFile final : public IFile {
+public:
+    MemoryFile() { ++live; }
+    ~MemoryFile() { --live; }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
+        if (!ppv) return E_POINTER;
+        *ppv = nullptr;
+        if (iid != kIUnknown && iid != kIStream && iid != kIFile) return E_NOINTERFACE;
+        *ppv = static_cast<IFile*>(this);
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++refs_; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --refs_;
+        if (left == 0) delete this;
+        return left;
+    }
+
+    HRESULT STDMETHODCALLTYPE Read(void* pv, ULONG cb, ULONG* pcbRead) override {
+        std::lock_guard guard(mutex);
+        const std::string& bytes = files[name_];
+        const size_t n = position_ < bytes.size() ? std::min<size_t>(cb, bytes.size() - position_) : 0;
+        std::copy_n(bytes.data() + position_, n, static_cast<char*>(pv));
+        position_ += n;
+        if (pcbRead) *pcbRead = static_cast<ULONG>(n);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Write(const void* pv, ULONG cb, ULONG* pcbWritten) override {
+        std::lock_guard guard(mutex);
+        std::string& bytes = files[name_];
+        bytes.replace(std::min(position_, bytes.size()), cb, static_cast<const char*>(pv), cb);
+        position_ += cb;
+        if (pcbWritten) *pcbWritten = cb;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* new_position) override {
+        std::lock_guard guard(mutex);
+        const LONGLONG base = origin == STREAM_SEEK_SET   ? 0
+                              : origin == STREAM_SEEK_CUR ? static_cast<LONGLONG>(position_)
+                                                          : static_cast<LONGLONG>(files[name_].size());
+        position_ = static_cast<size_t>(std::max<LONGLONG>(0, base + move.QuadPart));
+        if (new_position) new_position->QuadPart = position_;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Revert() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
+
+    HRESULT STDMETHODCALLTYPE get_Name(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE put_Name(BSTR) override { return E_NOTIMPL; }
+    // Opening for writing without reading empties the file; opening for reading needs it to exist.
+    HRESULT STDMETHODCALLTYPE Open(SHORT mode, BSTR name) override {
+        std::lock_guard guard(mutex);
+        last_mode = mode;
+        name_ = name ? name : u"";
+        if ((mode & (file_in | file_out)) == file_out) files[name_].clear();
+        return files.count(name_) ? S_OK : kFileNotFound;
+    }
+    HRESULT STDMETHODCALLTYPE Close() override { return S_OK; }
+
+private:
+    std::atomic<ULONG> refs_{0};
+    std::u16string name_;
+    size_t position_ = 0;
+};
+
+class Factory final : public IClassFactory {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
+        if (!ppv) return E_POINTER;
+        *ppv = nullptr;
+        if (iid != kIUnknown && iid != kIClassFactory) return E_NOINTERFACE;
+        *ppv = static_cast<IClassFactory*>(this);
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** ppv) override {
+        if (!ppv) return E_POINTER;
+        *ppv = nullptr;
+        if (outer) return CLASS_E_NOAGGREGATION;
+        auto* file = new MemoryFile;
+        file->AddRef();
+        const HRESULT hr = file->QueryInterface(iid, ppv);
+        file->Release();
+        return hr;
+    }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+};
+
+Factory factory;
+
+}  // namespace
+
+#define CLIENT_FILE_EXPORT extern "C" __attribute__((visibility("default")))
+
+CLIENT_FILE_EXPORT HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* ppv) {
+    if (!ppv) return E_POINTER;
+    *ppv = nullptr;
+    if (!(clsid == kMemoryFileClsid)) return CLASS_E_CLASSNOTAVAILABLE;
+    return factory.QueryInterface(iid, ppv);
+}
+
+// The mode of the last Open, and the number of file objects alive.
+CLIENT_FILE_EXPORT SHORT ClientFileLastMode() { return last_mode; }
+CLIENT_FILE_EXPORT long ClientFileLiveObjects() { return live; }
