@@ -67,10 +67,18 @@ HRESULT DBufferSegment<T, Clsid>::put_Source(LONG Origin, LONG Limit, IUnknown* 
     source_ = std::move(buffer);
     begin_ = static_cast<T*>(begin);
     end_ = static_cast<T*>(end);
-    // Origin and Limit are positions, not checked beyond keeping the end inside the buffer.
-    segment_begin_ = begin_ + Origin;
-    segment_end_ = Limit > end_ - begin_ ? end_ : begin_ + Limit;
+    // Origin and Limit are not checked beyond keeping the end inside the buffer.
+    segment_begin_ = CharacterAt(Origin);
+    segment_end_ = Limit > end_ - begin_ ? end_ : CharacterAt(Limit);
     return S_OK;
+}
+
+template <class T, const CLSID& Clsid>
+T* DBufferSegment<T, Clsid>::CharacterAt(LONG position) const {
+    // Computed on the address, not as pointer arithmetic: an unchecked position may lie outside the
+    // block, or the buffer may have none (a null begin), and the view only hands the address on.
+    const auto offset = static_cast<uintptr_t>(static_cast<intptr_t>(position)) * sizeof(T);
+    return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(begin_) + offset);
 }
 
 template <class T, const CLSID& Clsid>

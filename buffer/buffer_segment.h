@@ -7,6 +7,8 @@
 #include "frame/dispatch.h"
 #include "frame/object.h"
 
+#include <cstdint>
+
 namespace scrivix {
 
 template <class T, const CLSID& Clsid>
@@ -38,6 +40,8 @@ private:
         *out = position;
         return S_OK;
     }
+    // The address of character `position` counted from begin.
+    T* CharacterAt(LONG position) const;
     void Unbind();
 
     T* begin_ = nullptr;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
 
 namespace scrivix {
 namespace {
@@ -37,6 +38,11 @@ template <class T>
 void ReadUnits(const T* from, size_t count, OLECHAR* to) {
     std::transform(from, from + count, to,
                    [](T c) { return static_cast<OLECHAR>(static_cast<int16_t>(static_cast<std::make_signed_t<T>>(c))); });
+}
+
+// Whether Extent characters from Origin lie within a text of `length` characters.
+bool RangeFits(LONG origin, LONG extent, LONG length) {
+    return extent >= 0 && origin >= 0 && origin <= length && extent <= length - origin;
 }
 
 }  // namespace
@@ -86,18 +92,20 @@ HRESULT SCRIVIX_EDIT_BUFFER_CLASS::Length(LONG* Length) {
 
 SCRIVIX_EDIT_BUFFER
 template <class Change>
-HRESULT SCRIVIX_EDIT_BUFFER_CLASS::Edit(LONG origin, LONG old_length, Change&& change) {
-    LONG new_length = 0;
+HRESULT SCRIVIX_EDIT_BUFFER_CLASS::Edit(Change&& change) {
+    UINT failure = 0;
     {
         WriteExclusion exclusion(*this);
         try {
-            new_length = change();
+            const Modification made = change();
+            FireModified(made.origin, made.old_length, made.new_length);
         } catch (const std::bad_alloc&) {
-            new_length = -1;
+            failure = kEditOutOfMemory;
+        } catch (const std::out_of_range&) {
+            failure = kInvalidExtent;
         }
-        if (new_length >= 0) FireModified(origin, old_length, new_length);
     }
-    return new_length < 0 ? Report(kEditOutOfMemory) : S_OK;
+    return failure ? Report(failure) : S_OK;
 }
 
 SCRIVIX_EDIT_BUFFER
@@ -107,45 +115,51 @@ void SCRIVIX_EDIT_BUFFER_CLASS::FireModified(LONG origin, LONG old_length, LONG 
 
 SCRIVIX_EDIT_BUFFER
 HRESULT SCRIVIX_EDIT_BUFFER_CLASS::Replace(LONG Origin, LONG Extent, BSTR NewText) {
-    const LONG length = TextLength();
-    if (Extent < 0 || Origin < 0 || Origin > length || Extent > length - Origin) return Report(kInvalidExtent);
+    // A bad range fails at once, without waiting for the exclusion.
+    if (!RangeFits(Origin, Extent, TextLength())) return Report(kInvalidExtent);
     // The new text ends at its first zero unit.
     std::u16string_view inserted = Bstr::View(NewText);
     inserted = inserted.substr(0, inserted.find(u'\0'));
-    return Edit(Origin, Extent, [&]() -> LONG {
+    return Edit([&] {
+        // Checked again where it counts: another writer may have changed the length meanwhile.
+        if (!RangeFits(Origin, Extent, TextLength())) throw std::out_of_range("Replace");
         const size_t n = inserted.size();
-        if (text_.size() - Extent > kMaxBufferLength - n) throw std::bad_alloc();
+        if (n > kMaxBufferLength - (text_.size() - Extent)) throw std::bad_alloc();
         const auto at = text_.begin() + Origin;
         if (n > static_cast<size_t>(Extent))
             text_.insert(at + Extent, n - Extent, T());
         else
             text_.erase(at + n, at + Extent);
         InsertUnits(inserted.data(), n, text_.data() + Origin);
-        return static_cast<LONG>(n);
+        return Modification{Origin, Extent, static_cast<LONG>(n)};
     });
 }
 
 SCRIVIX_EDIT_BUFFER
 HRESULT SCRIVIX_EDIT_BUFFER_CLASS::Text(BSTR Content) {
     const std::u16string_view content = Bstr::View(Content);
-    const LONG old_length = TextLength();
-    return Edit(0, old_length, [&]() -> LONG {
+    return Edit([&] {
         if (content.size() > kMaxBufferLength) throw std::bad_alloc();
+        const LONG old_length = TextLength();
         text_.resize(content.size());
         StoreUnits(content.data(), content.size(), text_.data());
-        return static_cast<LONG>(content.size());
+        return Modification{0, old_length, static_cast<LONG>(content.size())};
     });
 }
 
 SCRIVIX_EDIT_BUFFER
 HRESULT SCRIVIX_EDIT_BUFFER_CLASS::ASCIIText(unsigned char* Content, LONG Length) {
-    if (Length == -1) Length = Content ? static_cast<LONG>(std::strlen(reinterpret_cast<const char*>(Content))) : 0;
-    if (Length < 0) return E_INVALIDARG;
+    if (Length < -1) return E_INVALIDARG;
     if (Length > 0 && !Content) return E_POINTER;
-    const LONG old_length = TextLength();
-    return Edit(0, old_length, [&]() -> LONG {
-        text_.assign(Content, Content + Length);
-        return Length;
+    // A zero-terminated text is measured only as far as a buffer can reach.
+    const size_t length = Length != -1 ? static_cast<size_t>(Length)
+                          : Content    ? ::strnlen(reinterpret_cast<const char*>(Content), kMaxBufferLength + 1)
+                                       : 0;
+    return Edit([&] {
+        if (length > kMaxBufferLength) throw std::bad_alloc();
+        const LONG old_length = TextLength();
+        text_.assign(Content, Content + length);
+        return Modification{0, old_length, static_cast<LONG>(length)};
     });
 }
 

@@ -67,11 +67,16 @@ public:
     HRESULT STDMETHODCALLTYPE put_PatternClass(BSTR ClassName) override { return pattern_class_.Put(ClassName); }
 
 private:
-    // Runs `change` on the text under the write exclusion and fires Modified(origin, old_length, the new
-    // length `change` returns) before leaving it. A change that cannot get memory reports message 10007
-    // and fires nothing.
+    // What an edit did, as Modified tells it.
+    struct Modification {
+        LONG origin, old_length, new_length;
+    };
+    // Runs `change` on the text under the write exclusion and fires Modified for the Modification it
+    // returns before leaving it. `change` looks at the text only there, so a writer that got in first
+    // cannot invalidate it. A change that throws std::bad_alloc (no memory, or a text that would outgrow
+    // 32-bit positions) reports message 10007, std::out_of_range reports 10000; neither fires anything.
     template <class Change>
-    HRESULT Edit(LONG origin, LONG old_length, Change&& change);
+    HRESULT Edit(Change&& change);
     void FireModified(LONG origin, LONG old_length, LONG new_length);
     LONG TextLength() const { return static_cast<LONG>(text_.size()); }
 

@@ -1,0 +1,112 @@
+// Edits that cannot get memory: each reports "Insuficient memory for operation." (10007) with help
+// context 0xFFFFFFFF, leaves the text as it was, fires nothing and leaves the write exclusion.
+//
+// The allocation is made to fail for real: a child process caps its own address space just above what it
+// uses, then asks the buffer to grow beyond the cap. The other road to 10007, an edit that would take a
+// buffer past 2^31 - 1 characters, needs a buffer of 2 GiB to reach; it runs through the same failure
+// path and is left to review.
+#include "buffer_fixture.h"
+#include "recording_sink.h"
+#include "support/test_support.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+// The sanitizer runtimes end the process on a failed allocation unless told to return null as the C
+// library does; the child needs the failure to reach the buffer.
+extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1"; }
+
+namespace scrivix::test {
+namespace {
+
+constexpr HRESULT kEditOutOfMemoryStatus = static_cast<HRESULT>(0x80042717u);
+
+// Limits the process's address space to what it uses now plus `headroom` bytes.
+bool CapAddressSpace(size_t headroom) {
+    std::ifstream statm("/proc/self/statm");
+    size_t pages = 0;
+    if (!(statm >> pages)) return false;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_AS, &limit) != 0) return false;
+    limit.rlim_cur = pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)) + headroom;
+    return setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
+// Whether every character of the buffer is `c`, read in place (a copy would need memory).
+template <class W>
+bool AllCharacters(IEditBuffer* buffer, char c) {
+    using Char = typename W::Char;
+    void* begin = nullptr;
+    void* end = nullptr;
+    buffer->get_Begin(&begin);
+    buffer->get_End(&end);
+    return std::all_of(static_cast<Char*>(begin), static_cast<Char*>(end), [c](Char each) { return each == Char(c); });
+}
+
+// Runs in the child: every edit below must fail with 10007 and change nothing. Returns what went wrong,
+// empty when all went right.
+template <class W>
+std::string EditsWithoutMemory() {
+    std::ostringstream wrong;
+    auto check = [&](bool ok, const char* what) {
+        if (!ok) wrong << what << "\n";
+    };
+    constexpr size_t kHeld = 8 << 20;  // characters in the buffer, with no room to spare
+    constexpr size_t kBigger = 2 * kHeld;
+    RecordingSink sink;
+    auto buffer = NewBuffer<W>();
+    std::string bytes(kBigger, 'b');
+    check(buffer->ASCIIText(reinterpret_cast<unsigned char*>(bytes.data()), kHeld) == S_OK, "fill");
+    const Bstr units(std::u16string(kBigger, u'u'));
+    Connect(buffer.Get(), &sink);
+    check(CapAddressSpace(1 << 20), "cap the address space");
+
+    const std::pair<const char*, std::function<HRESULT()>> edits[] = {
+        {"Replace", [&] { return buffer->Replace(kHeld / 2, 0, Bstr(u"grow").Get()); }},
+        {"Text", [&] { return buffer->Text(units.Get()); }},
+        {"ASCIIText", [&] { return buffer->ASCIIText(reinterpret_cast<unsigned char*>(bytes.data()), kBigger); }},
+    };
+    for (const auto& [name, edit] : edits) {
+        const HRESULT result = edit();
+        const ErrorRecord record = TakeErrorRecord();
+        if (result != kEditOutOfMemoryStatus) wrong << name << " returned " << std::hex << result << std::dec << "\n";
+        check(record.description == u"Insuficient memory for operation.", "description");
+        check(record.help_context == 0xFFFFFFFF, "help context");
+        check(record.help_file == u"Scrivix.chm", "help file");
+        check(record.source == W::kSource && record.guid == IID_IEditBuffer, "source and interface");
+        check(LengthOf(buffer.Get()) == static_cast<LONG>(kHeld) && AllCharacters<W>(buffer.Get(), 'b'),
+              "the text is unchanged");
+    }
+    check(sink.Calls().empty(), "no event");
+    // The exclusion was left: readers and a writer that needs no memory get in.
+    check(buffer->LockForRead() == S_OK && buffer->UnlockFromRead() == S_OK, "read lock");
+    check(buffer->Replace(0, 4, Bstr(u"edit").Get()) == S_OK, "a later edit");
+    check(sink.Calls() == std::vector<Modification>{{0, 4, 4}}, "its event");
+    buffer = nullptr;
+    return wrong.str();
+}
+
+template <class W>
+class EditBufferMemoryTest : public ::testing::Test {};
+TYPED_TEST_SUITE(EditBufferMemoryTest, Widths, WidthNames);
+
+TYPED_TEST(EditBufferMemoryTest, AnEditWithoutMemoryChangesNothing) {
+    // The child is started afresh, so that it holds no memory that a failed allocation could reuse.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const std::string wrong = EditsWithoutMemory<TypeParam>();
+            std::fputs(wrong.c_str(), stderr);
+            std::_Exit(wrong.empty() ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace scrivix::test
