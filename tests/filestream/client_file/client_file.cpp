@@ -2,7 +2,7 @@
 // files live in memory, keyed by name. It links nothing of the library, as a module of another vendor
 // would not, and knows the interface ids it answers by their values. Tests reach its files through
 // objects of the class, and the mode of its last Open through an exported function.
-#include <scrivix/scrivix.h>
+#include "support/client_module.h"
 
 #include <algorithm>
 #include <atomic>
@@ -15,9 +15,6 @@ namespace {
 // {7B3F6A10-2C4D-4E8F-9A1B-5C6D7E8F9020}
 constexpr CLSID kMemoryFileClsid = {0x7B3F6A10, 0x2C4D, 0x4E8F, {0x9A, 0x1B, 0x5C, 0x6D, 0x7E, 0x8F, 0x90, 0x20}};
 
-constexpr IID kIUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
-constexpr IID kIClassFactory = {0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
-constexpr IID kIStream = {0x0000000C, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 // {3A124C64-7E02-4F05-B7C1-DCE27F7695F5}
 constexpr IID kIFile = {0x3A124C64, 0x7E02, 0x4F05, {0xB7, 0xC1, 0xDC, 0xE2, 0x7F, 0x76, 0x95, 0xF5}};
 
@@ -26,27 +23,9 @@ constexpr HRESULT kFileNotFound = static_cast<HRESULT>(0x80030002u);
 std::mutex mutex;
 std::map<std::u16string, std::string> files;
 SHORT last_mode = 0;
-std::atomic<long> live{0};
-
-class MemoryFile final : public IFile {
+class MemoryFile final : public client::Object<MemoryFile, IFile> {
 public:
-    MemoryFile() { ++live; }
-    ~MemoryFile() { --live; }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = nullptr;
-        if (iid != kIUnknown && iid != kIStream && iid != kIFile) return E_NOINTERFACE;
-        *ppv = static_cast<IFile*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++refs_; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --refs_;
-        if (left == 0) delete this;
-        return left;
-    }
+    static constexpr IID kAnswers[] = {client::kIStream, kIFile};
 
     HRESULT STDMETHODCALLTYPE Read(void* pv, ULONG cb, ULONG* pcbRead) override {
         std::lock_guard guard(mutex);
@@ -98,48 +77,17 @@ public:
     HRESULT STDMETHODCALLTYPE Close() override { return S_OK; }
 
 private:
-    std::atomic<ULONG> refs_{0};
     std::u16string name_;
     size_t position_ = 0;
 };
 
-class Factory final : public IClassFactory {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = nullptr;
-        if (iid != kIUnknown && iid != kIClassFactory) return E_NOINTERFACE;
-        *ppv = static_cast<IClassFactory*>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = nullptr;
-        if (outer) return CLASS_E_NOAGGREGATION;
-        auto* file = new MemoryFile;
-        file->AddRef();
-        const HRESULT hr = file->QueryInterface(iid, ppv);
-        file->Release();
-        return hr;
-    }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-};
-
-Factory factory;
 
 }  // namespace
 
-#define CLIENT_FILE_EXPORT extern "C" __attribute__((visibility("default")))
-
-CLIENT_FILE_EXPORT HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* ppv) {
-    if (!ppv) return E_POINTER;
-    *ppv = nullptr;
-    if (!(clsid == kMemoryFileClsid)) return CLASS_E_CLASSNOTAVAILABLE;
-    return factory.QueryInterface(iid, ppv);
+CLIENT_MODULE_EXPORT HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* ppv) {
+    return client::GetClassObject<MemoryFile>(clsid, kMemoryFileClsid, iid, ppv);
 }
 
 // The mode of the last Open, and the number of file objects alive.
-CLIENT_FILE_EXPORT SHORT ClientFileLastMode() { return last_mode; }
-CLIENT_FILE_EXPORT long ClientFileLiveObjects() { return live; }
+CLIENT_MODULE_EXPORT SHORT ClientFileLastMode() { return last_mode; }
+CLIENT_MODULE_EXPORT long ClientFileLiveObjects() { return client::live; }
