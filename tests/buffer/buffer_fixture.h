@@ -5,6 +5,7 @@
 
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
+#include "support/error_record.h"
 
 #include <gtest/gtest.h>
 
@@ -78,29 +79,6 @@ inline LONG LengthOf(IEditBuffer* buffer) {
     LONG length = -1;
     EXPECT_EQ(buffer->Length(&length), S_OK);
     return length;
-}
-
-struct ErrorRecord {
-    GUID guid{};
-    std::u16string source, description, help_file;
-    DWORD help_context = 0;
-};
-
-// Takes the calling thread's error record (an empty record when there is none).
-inline ErrorRecord TakeErrorRecord() {
-    ErrorRecord record;
-    ComPtr<IErrorInfo> info;
-    if (GetErrorInfo(0, info.Put()) != S_OK || !info) return record;
-    Bstr source, description, help_file;
-    info->GetGUID(&record.guid);
-    info->GetSource(source.Put());
-    info->GetDescription(description.Put());
-    info->GetHelpFile(help_file.Put());
-    info->GetHelpContext(&record.help_context);
-    record.source = source.View();
-    record.description = description.View();
-    record.help_file = help_file.View();
-    return record;
 }
 
 // Checks that a buffer operation of width W failed with `status` and left the record of that message.

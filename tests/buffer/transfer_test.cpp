@@ -2,6 +2,7 @@
 // tests' own with the bytes checked, empty and odd-sized streams, ranges, and loads that fail and must
 // leave the buffer exactly as it was.
 #include "support/buffer_widths.h"
+#include "support/error_record.h"
 #include "support/memory_stream.h"
 #include "support/temp_dir.h"
 #include "support/test_support.h"
@@ -59,24 +60,6 @@ private:
     ComPtr<IConnectionPoint> point_;
     DWORD cookie_ = 0;
 };
-
-struct Record {
-    std::u16string source, description;
-    DWORD help_context = 0;
-};
-
-Record TakeRecord() {
-    ComPtr<IErrorInfo> info;
-    Record record;
-    if (GetErrorInfo(0, info.Put()) != S_OK) return record;
-    Bstr source, description;
-    info->GetSource(source.Put());
-    info->GetDescription(description.Put());
-    info->GetHelpContext(&record.help_context);
-    record.source = source.View();
-    record.description = description.View();
-    return record;
-}
 
 template <class Width>
 class Transfer : public ::testing::Test {
@@ -295,7 +278,7 @@ TYPED_TEST(Transfer, StreamsLargerThanABufferAreRefused) {
         huge.reported_size = size;
         EXPECT_EQ(buffer->FromStream(&huge, nullptr), kTooLarge) << size << " is not cut to its low 32 bits";
         EXPECT_EQ(huge.reads, 0);
-        const Record record = TakeRecord();
+        const test::ErrorRecord record = test::TakeErrorRecord();
         EXPECT_EQ(record.description, u"Insuficient memory for operation.");
         EXPECT_EQ(record.help_context, 0xFFFFFFFFu);
     }
@@ -309,7 +292,7 @@ TYPED_TEST(Transfer, FilesThatDoNotOpenLoseNothing) {
     ULONG actual = 9;
     Bstr missing(this->dir.Name("missing"));
     EXPECT_EQ(buffer->LoadFile(missing.Get(), file_in, &actual), kOpenFailed);
-    EXPECT_EQ(TakeRecord().source, TypeParam::kFileSource) << "the file object's own report";
+    EXPECT_EQ(test::TakeErrorRecord().source, TypeParam::kFileSource) << "the file object's own report";
 
     ASSERT_EQ(::mkdir(this->dir.Path("folder").c_str(), 0755), 0);
     Bstr folder(this->dir.Name("folder"));

@@ -3,6 +3,7 @@
 #include "interfaces/messages.h"
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
+#include "support/error_record.h"
 #include "support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -13,33 +14,19 @@
 namespace scrivix {
 namespace {
 
-struct Record {
-    GUID guid{};
-    std::u16string source, description, help_file;
-    DWORD help_context = 0;
-};
+using test::ErrorRecord;
 
 // Takes the thread's error record; fails the test when there is none.
-Record TakeRecord() {
+ErrorRecord TakeRecord() {
     ComPtr<IErrorInfo> info;
     EXPECT_EQ(GetErrorInfo(0, info.Put()), S_OK);
-    Record record;
-    if (!info) return record;
-    Bstr source, description, help_file;
-    info->GetGUID(&record.guid);
-    info->GetSource(source.Put());
-    info->GetDescription(description.Put());
-    info->GetHelpFile(help_file.Put());
-    info->GetHelpContext(&record.help_context);
-    record.source = source.View();
-    record.description = description.View();
-    record.help_file = help_file.View();
-    return record;
+    if (info) SetErrorInfo(0, info.Get());
+    return test::TakeErrorRecord();
 }
 
 TEST(ReportError, FillsEveryFieldOfTheRecord) {
     EXPECT_EQ(ReportMessage(CLSID_EditBufferA, IID_IEditBuffer, kInvalidExtent), static_cast<HRESULT>(0x80042710u));
-    Record record = TakeRecord();
+    ErrorRecord record = TakeRecord();
     EXPECT_EQ(record.guid, IID_IEditBuffer);
     EXPECT_EQ(record.source, u"Scrivix.EditBufferA.1");
     EXPECT_EQ(record.description, u"Invalid Extent.");
@@ -81,7 +68,7 @@ TEST(ReportError, TheWholeMessageTable) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.number);
         EXPECT_EQ(ReportMessage(CLSID_PatternU, IID_IPattern, row.number), row.status);
-        Record record = TakeRecord();
+        ErrorRecord record = TakeRecord();
         EXPECT_EQ(record.description, row.text);
         EXPECT_EQ(record.help_context, row.help_context);
         EXPECT_EQ(record.help_file, u"Scrivix.chm");
@@ -91,7 +78,7 @@ TEST(ReportError, TheWholeMessageTable) {
 
 TEST(ReportError, UnknownNumbersAndClassesWithoutProgId) {
     EXPECT_EQ(ReportError(IID_IPattern, 4711, 0, kHelpFile, IID_IPattern, 0), static_cast<HRESULT>(0x80041267u));
-    Record record = TakeRecord();
+    ErrorRecord record = TakeRecord();
     EXPECT_EQ(record.description, u"Unknown Error");
     EXPECT_EQ(record.source, u"") << "a class id without a ProgID leaves the source empty";
     EXPECT_EQ(record.help_file, u"") << "help context 0: no help file";
@@ -101,7 +88,7 @@ TEST(ReportError, UnknownNumbersAndClassesWithoutProgId) {
 TEST(ReportError, ReReportingByNumberKeepsTheStatusOfTheTable) {
     const HRESULT caught = ReportMessage(CLSID_PatternA, IID_IPattern, kIllegalExpression);
     EXPECT_EQ(ReReportByNumber(CLSID_PatternIterator, caught), caught);
-    Record record = TakeRecord();
+    ErrorRecord record = TakeRecord();
     EXPECT_EQ(record.source, u"Scrivix.PatternIterator.1");
     EXPECT_EQ(record.guid, IID_IPattern) << "the caught record's interface id";
     EXPECT_EQ(record.description, u"Illegal Regular Expression.");
@@ -115,7 +102,7 @@ TEST(ReportError, ReReportingByNumberKeepsTheStatusOfTheTable) {
 TEST(ReportError, ReReportingByTextGivesDispException) {
     const HRESULT caught = ReportMessage(CLSID_PatternA, IID_IPattern, kImproperClosure);
     EXPECT_EQ(ReReportByText(CLSID_PatternIterator, IID_IPatternIterator, caught), DISP_E_EXCEPTION);
-    Record record = TakeRecord();
+    ErrorRecord record = TakeRecord();
     EXPECT_EQ(record.guid, IID_IPatternIterator);
     EXPECT_EQ(record.description, u"Improper closure of Regular Expression.");
     EXPECT_EQ(record.help_context, 87u);

@@ -2,6 +2,7 @@
 // character widths, compile failures with their messages, and the empty pattern.
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
+#include "support/error_record.h"
 #include "support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -142,14 +143,10 @@ TEST_P(PatternTest, CompileFailuresReportTheirMessage) {
         SCOPED_TRACE(row.label);
         SetText(row.text);
         EXPECT_EQ(pattern_->put_Options(poRegExpression), row.status);
-        ComPtr<IErrorInfo> info;
-        ASSERT_EQ(GetErrorInfo(0, info.Put()), S_OK);
-        DWORD help_context = 0;
-        Bstr source;
-        info->GetHelpContext(&help_context);
-        info->GetSource(source.Put());
-        EXPECT_EQ(help_context, row.help_context);
-        EXPECT_EQ(source.View(), GetParam().source);
+        const test::ErrorRecord record = test::TakeErrorRecord();
+        EXPECT_EQ(record.help_context, row.help_context);
+        EXPECT_EQ(record.source, GetParam().source);
+        EXPECT_EQ(record.guid, IID_IPattern);
         LONG options = 0;
         pattern_->get_Options(&options);
         EXPECT_EQ(options, poRegExpression) << "the options stay as put";
@@ -172,11 +169,7 @@ TEST_P(PatternTest, AnEmptyPatternReportsAndWritesNothing) {
     EXPECT_EQ(pattern_->Find(segment.Get(), &start, &end, &found), static_cast<HRESULT>(0x8004290Eu));
     EXPECT_EQ(pattern_->FindReverse(segment.Get(), &start, &end, &found), static_cast<HRESULT>(0x8004290Eu));
     EXPECT_EQ(found, 7);
-    ComPtr<IErrorInfo> info;
-    ASSERT_EQ(GetErrorInfo(0, info.Put()), S_OK);
-    Bstr description;
-    info->GetDescription(description.Put());
-    EXPECT_EQ(description.View(), u"Attempt to search using an empty Pattern.");
+    EXPECT_EQ(test::TakeErrorRecord().description, u"Attempt to search using an empty Pattern.");
 }
 
 TEST_P(PatternTest, ASourceThatIsNoBufferSegmentFails) {
