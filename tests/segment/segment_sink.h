@@ -109,10 +109,12 @@ inline HRESULT StopListening(IUnknown* segment, DWORD cookie) {
 struct NarrowSegments {
     static constexpr const char16_t* kBufferClass = u"Scrivix.EditBufferA";
     static constexpr const char16_t* kPatternClass = u"Scrivix.PatternA";
+    static constexpr SHORT kCharSize = 1;
 };
 struct WideSegments {
     static constexpr const char16_t* kBufferClass = u"Scrivix.EditBufferU";
     static constexpr const char16_t* kPatternClass = u"Scrivix.PatternU";
+    static constexpr SHORT kCharSize = 2;
 };
 using SegmentWidths = ::testing::Types<NarrowSegments, WideSegments>;
 struct SegmentWidthNames {
