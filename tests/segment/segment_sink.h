@@ -65,6 +65,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Reset(LONG StartAt) override { return Record(Event::Reset(StartAt)); }
 
+    // What the sink answers every call with.
+    HRESULT answer = S_OK;
     // The calls received so far; taking them starts a new record.
     Events Take() { return std::exchange(calls_, {}); }
     ULONG References() const { return refs_; }
@@ -73,7 +75,7 @@ private:
     HRESULT Record(const Event& event) {
         calls_.push_back(event);
         if (hook_) hook_(event);
-        return S_OK;
+        return answer;
     }
 
     Hook hook_;
