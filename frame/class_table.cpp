@@ -20,7 +20,7 @@ std::span<ClassEntry> ClassTable() {
         {&CLSID_EditBufferU, "EditBufferU", 101, CreateEditBufferU, {}},
         {&CLSID_FileStreamA, "FileStreamA", 105, CreateFileStreamA, {}},
         {&CLSID_FileStreamU, "FileStreamU", 105, CreateFileStreamU, {}},
-        {&CLSID_TextSegment, "TextSegment", 103, NotBuilt, {}},
+        {&CLSID_TextSegment, "TextSegment", 103, CreateTextSegment, {}},
         {&CLSID_PatternA, "PatternA", 106, CreatePatternA, {}},
         {&CLSID_PatternU, "PatternU", 106, CreatePatternU, {}},
         {&CLSID_PatternIterator, "PatternIterator", 107, NotBuilt, {}},
