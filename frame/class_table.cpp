@@ -23,7 +23,7 @@ std::span<ClassEntry> ClassTable() {
         {&CLSID_TextSegment, "TextSegment", 103, CreateTextSegment, {}},
         {&CLSID_PatternA, "PatternA", 106, CreatePatternA, {}},
         {&CLSID_PatternU, "PatternU", 106, CreatePatternU, {}},
-        {&CLSID_PatternIterator, "PatternIterator", 107, NotBuilt, {}},
+        {&CLSID_PatternIterator, "PatternIterator", 107, CreatePatternIterator, {}},
         {&CLSID_BufferSegmentA, "BufferSegmentA", 108, CreateBufferSegmentA, {}},
         {&CLSID_BufferSegmentU, "BufferSegmentU", 108, CreateBufferSegmentU, {}},
         {&CLSID_Span, "Span", 109, NotBuilt, {}},
