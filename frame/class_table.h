@@ -28,6 +28,8 @@ HRESULT CreateBufferSegmentA(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateBufferSegmentU(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreatePatternA(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreatePatternU(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreateTextSegment(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreatePatternIterator(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateScrivixSvr(IUnknown* outer, REFIID iid, void** ppv);
 
 }  // namespace scrivix
