@@ -14,7 +14,7 @@
 namespace scrivix {
 namespace {
 
-constexpr size_t kTextSize = size_t{1} << 20;
+constexpr size_t kTextSize = size_t{16} << 20;
 
 // Functions of statements with calls, indexing and nested blocks. Strings and comments hold no brackets
 // and no escaped quotes (spans know nothing of escapes, nor does a span's nested count know of ignore
@@ -105,6 +105,29 @@ void SpanIterator(benchmark::State& state, Width width) {
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * Text().size()));
 }
 
+// What one step of a pattern iterator costs: every opening bracket of the text through one pattern
+// iterator, as the span iterator's opening iterator steps through them.
+void PatternIteratorSteps(benchmark::State& state) {
+    const auto source = Make<ITextSegment>(u"Scrivix.TextSegment");
+    source->put_Text(Bstr(Text()).Get());
+    const auto iterator = Make<IPatternIterator>(u"Scrivix.PatternIterator");
+    iterator->put_Source(source.Get());
+    LONG id = 0;
+    iterator->NewTarget(Bstr(u"(").Get(), 0, &id);
+    int64_t steps = 0;
+    for (auto _ : state) {
+        steps = 0;
+        LONG matched = 0;
+        for (iterator->First(0, nullptr);; iterator->Next(nullptr)) {
+            iterator->MatchedBy(&matched);
+            if (matched == -1) break;
+            ++steps;
+        }
+    }
+    state.counters["steps"] = static_cast<double>(steps);
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * Text().size()));
+}
+
 // The floor: one pass with a stack of open brackets, stepping over the same strings and comments.
 void PlainPass(benchmark::State& state) {
     const std::u16string& text = Text();
@@ -138,6 +161,7 @@ BENCHMARK_CAPTURE(SpanIterator, Narrow, Width{u"Scrivix.EditBufferA", u"Scrivix.
     ->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK_CAPTURE(SpanIterator, Wide, Width{u"Scrivix.EditBufferU", u"Scrivix.PatternU"})
     ->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(PatternIteratorSteps)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(PlainPass)->Unit(benchmark::kMillisecond);
 
 }  // namespace
