@@ -26,8 +26,8 @@ std::span<ClassEntry> ClassTable() {
         {&CLSID_PatternIterator, "PatternIterator", 107, CreatePatternIterator, {}},
         {&CLSID_BufferSegmentA, "BufferSegmentA", 108, CreateBufferSegmentA, {}},
         {&CLSID_BufferSegmentU, "BufferSegmentU", 108, CreateBufferSegmentU, {}},
-        {&CLSID_Span, "Span", 109, NotBuilt, {}},
-        {&CLSID_SpanIterator, "SpanIterator", 111, NotBuilt, {}},
+        {&CLSID_Span, "Span", 109, CreateSpan, {}},
+        {&CLSID_SpanIterator, "SpanIterator", 111, CreateSpanIterator, {}},
         {&CLSID_ScrivixCtl, "ScrivixCtl", 113, NotBuilt, {}},
         {&CLSID_ScrivixSvr, "ScrivixSvr", 110, CreateScrivixSvr, {}},
     };

@@ -30,6 +30,8 @@ HRESULT CreatePatternA(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreatePatternU(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateTextSegment(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreatePatternIterator(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreateSpan(IUnknown* outer, REFIID iid, void** ppv);
+HRESULT CreateSpanIterator(IUnknown* outer, REFIID iid, void** ppv);
 HRESULT CreateScrivixSvr(IUnknown* outer, REFIID iid, void** ppv);
 
 }  // namespace scrivix

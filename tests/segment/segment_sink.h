@@ -65,6 +65,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Reset(LONG StartAt) override { return Record(Event::Reset(StartAt)); }
 
+    // What the sink answers every call with.
+    HRESULT answer = S_OK;
     // The calls received so far; taking them starts a new record.
     Events Take() { return std::exchange(calls_, {}); }
     ULONG References() const { return refs_; }
@@ -73,7 +75,7 @@ private:
     HRESULT Record(const Event& event) {
         calls_.push_back(event);
         if (hook_) hook_(event);
-        return S_OK;
+        return answer;
     }
 
     Hook hook_;
@@ -109,10 +111,12 @@ inline HRESULT StopListening(IUnknown* segment, DWORD cookie) {
 struct NarrowSegments {
     static constexpr const char16_t* kBufferClass = u"Scrivix.EditBufferA";
     static constexpr const char16_t* kPatternClass = u"Scrivix.PatternA";
+    static constexpr SHORT kCharSize = 1;
 };
 struct WideSegments {
     static constexpr const char16_t* kBufferClass = u"Scrivix.EditBufferU";
     static constexpr const char16_t* kPatternClass = u"Scrivix.PatternU";
+    static constexpr SHORT kCharSize = 2;
 };
 using SegmentWidths = ::testing::Types<NarrowSegments, WideSegments>;
 struct SegmentWidthNames {

@@ -1,0 +1,193 @@
+// Edits while iterating, for both widths: Replace through the iterator in each mode, edits made directly
+// on the buffer in front of, inside and behind the selection, the source's events (Modified and Reset),
+// a change of source, and the iterator's end releasing everything.
+#include "iterator_fixture.h"
+
+#include "interfaces/messages.h"
+
+namespace scrivix::test {
+namespace {
+
+using IteratorEditTest = IteratorTest;
+INSTANTIATE_TEST_SUITE_P(Widths, IteratorEditTest, ::testing::Values(kNarrow, kWide), WidthName);
+
+void Edit(IEditBuffer* buffer, LONG origin, LONG extent, std::u16string_view text) {
+    ASSERT_EQ(buffer->Replace(origin, extent, Bstr(text).Get()), S_OK);
+}
+
+// Replace through the iterator.
+
+TEST_P(IteratorEditTest, ReplaceNeedsASourceAndASelection) {
+    iterator_ = NewIterator();
+    EXPECT_EQ(iterator_->Replace(Bstr(u"x").Get()), MessageStatus(kIteratorNotBound));
+    EXPECT_EQ(ErrorDescription(), u"Iterator is not bound to a Source.");
+    Open(u"abc");
+    EXPECT_EQ(iterator_->Replace(Bstr(u"x").Get()), MessageStatus(kNoCurrentSelection));
+    EXPECT_EQ(ErrorDescription(), u"No current selection.");
+}
+
+TEST_P(IteratorEditTest, ReplacingEachOccurrenceGoesOnBehindTheNewText) {
+    Open(u"a.a..a");
+    Target(u"a");
+    ASSERT_EQ(iterator_->First(0, nullptr), S_OK);
+    int replaced = 0;
+    LONG matched = 0;
+    while (iterator_->MatchedBy(&matched), matched != -1) {
+        ASSERT_EQ(iterator_->Replace(Bstr(u"aXa").Get()), S_OK);
+        // The new text is the selection now, without a match.
+        EXPECT_EQ(Here(), (Stop{Here().offset, 3, -1, u"aXa"}));
+        EXPECT_EQ(iterator_->Replace(Bstr(u"y").Get()), MessageStatus(kNoCurrentSelection));
+        ++replaced;
+        ASSERT_EQ(iterator_->Next(nullptr), S_OK);
+    }
+    EXPECT_EQ(replaced, 3);
+    EXPECT_EQ(BufferText(), u"aXa.aXa..aXa");
+    EXPECT_EQ(Here(), EndStop(12));
+}
+
+TEST_P(IteratorEditTest, ReplaceInEachMode) {
+    struct Case {
+        LONG mode;
+        std::u16string replacement;
+        std::u16string after;   // the buffer after the first Replace
+        Stop next;              // the stop after it
+    };
+    const Case cases[] = {
+        {smPatternOnly, u";;", u"xx;;yy,zz", {6, 1, 0, u","}},
+        {smEndAfterPattern, u"A;", u"A;yy,zz", {2, 3, 0, u"yy,"}},
+        // Mode smEndAtPattern goes on at the end of the last occurrence, which edits do not move.
+        {smEndAtPattern, u"XX", u"XX,yy,zz", {3, 2, 0, u"yy"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.mode);
+        Open(u"xx,yy,zz");
+        Target(u",");
+        SetMode(c.mode);
+        ASSERT_EQ(iterator_->First(0, nullptr), S_OK);
+        ASSERT_EQ(iterator_->Replace(Bstr(c.replacement).Get()), S_OK);
+        EXPECT_EQ(BufferText(), c.after);
+        EXPECT_EQ(Next(), c.next);
+    }
+}
+
+// Edits made directly on the buffer.
+
+TEST_P(IteratorEditTest, AnInsertionInFrontMovesTheBaseAndTheSearchFollowsTheText) {
+    Open(u"a.b.a.b");
+    Target(u"b");
+    EXPECT_EQ(Next(), (Stop{2, 1, 0, u"b"}));
+    Edit(buffer_.Get(), 0, 0, u"bb");
+    // Offset counts from the base, which moved by 2; the selection is still the same character.
+    EXPECT_EQ(Here(), (Stop{2, 1, 0, u"b"}));
+    EXPECT_EQ(Next(), (Stop{6, 1, 0, u"b"}));
+    EXPECT_EQ(Next(), EndStop(7));
+    EXPECT_EQ(BufferText(), u"bba.b.a.b");
+}
+
+TEST_P(IteratorEditTest, AnEditInsideTheSelectionDropsTheMatch) {
+    Open(u"one two three");
+    Target(u"two");
+    iterator_->First(0, nullptr);
+    Edit(buffer_.Get(), 5, 1, u"WW");
+    EXPECT_EQ(Here(), (Stop{4, 4, -1, u"tWWo"}));
+    EXPECT_EQ(iterator_->Replace(Bstr(u"x").Get()), MessageStatus(kNoCurrentSelection));
+    EXPECT_EQ(Next(), EndStop(14));
+}
+
+TEST_P(IteratorEditTest, EditsBehindTheSelectionAreFoundByTheNextSearch) {
+    Open(u"a....a....a");
+    Target(u"a");
+    iterator_->First(0, nullptr);
+    Edit(buffer_.Get(), 5, 1, u"");       // the second occurrence goes
+    Edit(buffer_.Get(), 2, 0, u"a");      // and one comes in between
+    EXPECT_EQ(Here(), (Stop{0, 1, 0, u"a"})) << "edits behind the selection leave it";
+    EXPECT_EQ(Next(), (Stop{2, 1, 0, u"a"}));
+    EXPECT_EQ(Next(), (Stop{10, 1, 0, u"a"}));
+    EXPECT_EQ(Next(), EndStop(11));
+}
+
+TEST_P(IteratorEditTest, DeletingTheRestPullsThePositionsBackToTheSourcesEnd) {
+    Open(u"a....a....a");
+    Target(u"a");
+    iterator_->First(4, nullptr);
+    EXPECT_EQ(Here(), (Stop{5, 1, 0, u"a"}));
+    Edit(buffer_.Get(), 3, 8, u"");
+    EXPECT_EQ(Here(), (Stop{3, 0, -1, u""}));
+    EXPECT_EQ(Next(), EndStop(3));
+}
+
+TEST_P(IteratorEditTest, ASourceInsideTheBufferFollowsEditsAroundIt) {
+    Open(u"zzzza.a.azzzz", 4, 9);
+    Target(u"a");
+    EXPECT_EQ(Next(), (Stop{0, 1, 0, u"a"}));
+    Edit(buffer_.Get(), 0, 0, u"yy");   // in front of the source: it moves, and tells nobody
+    Edit(buffer_.Get(), 13, 2, u"");    // behind it
+    EXPECT_EQ(Here(), (Stop{0, 1, 0, u"a"}));
+    ComPtr<ITextSegment> found;
+    ASSERT_EQ(iterator_->Next(found.Put()), S_OK);
+    EXPECT_EQ(Here(found.Get()), (Stop{2, 1, 0, u"a"}));
+    LONG origin = -1;
+    found->Origin(&origin);
+    EXPECT_EQ(origin, 8);
+    Edit(buffer_.Get(), 6, 0, u"QQ");   // at the source's origin: inside it, the base moves
+    ASSERT_EQ(iterator_->get_Current(found.Put()), S_OK);
+    found->Origin(&origin);
+    EXPECT_EQ(origin, 10) << "the selection still covers the same character";
+    EXPECT_EQ(Next(), (Stop{4, 1, 0, u"a"}));
+    EXPECT_EQ(Next(), EndStop(5));
+}
+
+// The source's events.
+
+TEST_P(IteratorEditTest, TheSourcesResetEventResetsTheIterator) {
+    Open(u"a.a.a.a");
+    Target(u"a");
+    iterator_->First(0, nullptr);
+    TextSegmentDouble::Of(source_.Get()).FireReset(-3);
+    EXPECT_EQ(Here(), (Stop{4, 0, -1, u""}));
+    EXPECT_EQ(Next(), (Stop{4, 1, 0, u"a"}));
+}
+
+TEST_P(IteratorEditTest, TheSourcesModifiedEventFollowsTheRule) {
+    Open(u"0123456789abcdefghij");
+    Target(u"456");
+    iterator_->First(0, nullptr);
+    auto& source = TextSegmentDouble::Of(source_.Get());
+    source.FireModified(10, 2, 0);
+    EXPECT_EQ(Here(), (Stop{4, 3, 0, u"456"})) << "behind the match: nothing changes";
+    source.FireModified(0, 0, 3);
+    EXPECT_EQ(Here(), (Stop{4, 3, 0, u"789"})) << "the base moved by 3 (the text itself did not)";
+    source.FireModified(10, 0, 2);
+    EXPECT_EQ(Here(), (Stop{4, 5, -1, u"789ab"})) << "at the match's end: taken in, and dropped";
+}
+
+TEST_P(IteratorEditTest, AChangeOfSourceMovesTheConnection) {
+    Open(u"a.a.a");
+    Target(u"a");
+    auto first_source = source_;
+    auto first_buffer = buffer_;
+    auto iterator = iterator_;
+    Open(u"bab");  // a second buffer and source
+    ASSERT_EQ(iterator->put_Source(source_.Get()), S_OK);
+    iterator_ = iterator;
+    iterator_->First(0, nullptr);
+    EXPECT_EQ(Here(), (Stop{1, 1, 0, u"a"}));
+    Edit(first_buffer.Get(), 0, 0, u"zzzz");
+    EXPECT_EQ(Here(), (Stop{1, 1, 0, u"a"})) << "the first source is not heard any more";
+    Edit(buffer_.Get(), 0, 0, u"z");
+    EXPECT_EQ(Here().matched, 0) << "an insertion in front only moves the base";
+}
+
+TEST_P(IteratorEditTest, ReleasingTheIteratorDisconnectsItFromItsSource) {
+    Open(u"a.a");
+    Target(u"a");
+    iterator_->First(0, nullptr);
+    const long with_iterator = LiveObjects();
+    iterator_ = nullptr;
+    EXPECT_EQ(LiveObjects(), with_iterator - 3) << "the iterator, its sink and its pattern";
+    Edit(buffer_.Get(), 0, 1, u"bb");  // fires to the source's listeners, of which there is none
+    EXPECT_EQ(BufferText(), u"bb.a");
+}
+
+}  // namespace
+}  // namespace scrivix::test

@@ -1,0 +1,142 @@
+// A pattern iterator made by class name over a stand-in segment of a buffer of either width, with helpers
+// that add patterns and read each stop as the client sees it.
+#pragma once
+
+#include "text_segment_double.h"
+#include "platform/bstr.h"
+#include "platform/com_ptr.h"
+#include "support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace scrivix::test {
+
+struct Width {
+    const CLSID* buffer;
+    const char16_t* pattern_class;  // the buffer's PatternClass, which the iterator takes from its source
+};
+inline const Width kNarrow{&CLSID_EditBufferA, u"Scrivix.PatternA"};
+inline const Width kWide{&CLSID_EditBufferU, u"Scrivix.PatternU"};
+
+inline void PrintTo(const Width& width, std::ostream* out) {
+    *out << (width.buffer == &CLSID_EditBufferA ? "8-bit" : "16-bit");
+}
+inline std::string WidthName(const ::testing::TestParamInfo<Width>& info) {
+    return info.param.buffer == &CLSID_EditBufferA ? "Narrow" : "Wide";
+}
+
+// One stop of the iterator: Offset, Length, MatchedBy and the text of the segment Next handed out.
+struct Stop {
+    LONG offset, length, matched;
+    std::u16string text;
+    bool operator==(const Stop&) const = default;
+};
+inline std::ostream& operator<<(std::ostream& out, const Stop& stop) {
+    out << "{" << stop.offset << ", " << stop.length << ", M " << stop.matched << ", \"";
+    for (char16_t c : stop.text) out << static_cast<char>(c < 0x80 ? c : '?');
+    return out << "\"}";
+}
+// The stop at the end of a source of `length` characters.
+inline Stop EndStop(LONG length) { return {length, 0, -1, u""}; }
+
+inline std::u16string TextOf(ITextSegment* segment) {
+    Bstr text;
+    if (segment) segment->get_Text(text.Put());
+    return std::u16string(text.View());
+}
+
+// The description of the thread's error record, which this takes.
+inline std::u16string ErrorDescription() {
+    ComPtr<IErrorInfo> info;
+    GetErrorInfo(0, info.Put());
+    Bstr description;
+    if (info) info->GetDescription(description.Put());
+    return std::u16string(description.View());
+}
+
+class IteratorTest : public ::testing::TestWithParam<Width> {
+protected:
+    // A buffer holding `text`, a segment [origin, limit) over it (limit -1: the buffer's end) and an
+    // iterator on the segment.
+    void Open(std::u16string_view text, LONG origin = 0, LONG limit = -1) {
+        ASSERT_EQ(CoCreateInstance(*GetParam().buffer, nullptr, CLSCTX_ALL, IID_IEditBuffer, buffer_.PutVoid()), S_OK);
+        ASSERT_EQ(buffer_->Text(Bstr(text).Get()), S_OK);
+        source_ = TextSegmentDouble::Over(buffer_, origin, limit < 0 ? static_cast<LONG>(text.size()) : limit);
+        iterator_ = NewIterator();
+        ASSERT_EQ(iterator_->put_Source(source_.Get()), S_OK);
+    }
+    static ComPtr<IPatternIterator> NewIterator() {
+        ComPtr<IPatternIterator> iterator;
+        EXPECT_EQ(CreateFromClassName(Bstr(u"Scrivix.PatternIterator").Get(), iterator), S_OK);
+        return iterator;
+    }
+
+    // Adds a pattern made by the iterator; a look-ahead of 0 keeps the pattern's own.
+    LONG Target(std::u16string_view text, LONG options = poNone, LONG look_ahead = 0) {
+        return Add(&IPatternIterator::NewTarget, &IPatternIterator::get_Target, text, options, look_ahead);
+    }
+    LONG Ignore(std::u16string_view text, LONG options = poNone, LONG look_ahead = 0) {
+        return Add(&IPatternIterator::NewIgnore, &IPatternIterator::get_Ignore, text, options, look_ahead);
+    }
+
+    void SetMode(LONG mode) { ASSERT_EQ(iterator_->put_Mode(static_cast<search_modes>(mode)), S_OK); }
+
+    // The stop after one Next.
+    Stop Next() {
+        ComPtr<ITextSegment> found;
+        EXPECT_EQ(iterator_->Next(found.Put()), S_OK);
+        return Here(found.Get());
+    }
+    // The stop the iterator stands on, with the text of `found` (or of Current).
+    Stop Here(ITextSegment* found = nullptr) {
+        Stop stop{-2, -2, -2, {}};
+        iterator_->Offset(&stop.offset);
+        iterator_->Length(&stop.length);
+        iterator_->MatchedBy(&stop.matched);
+        ComPtr<ITextSegment> current;
+        if (!found) iterator_->get_Current(current.Put());
+        stop.text = TextOf(found ? found : current.Get());
+        return stop;
+    }
+    // Every stop from First(0) up to and including the first stop without a match.
+    std::vector<Stop> Stops() {
+        std::vector<Stop> stops;
+        ComPtr<ITextSegment> found;
+        EXPECT_EQ(iterator_->First(0, found.Put()), S_OK);
+        stops.push_back(Here(found.Get()));
+        while (stops.back().matched != -1 && stops.size() < 1000) stops.push_back(Next());
+        return stops;
+    }
+
+    std::u16string BufferText() {
+        Bstr text;
+        LONG length = 0;
+        buffer_->Length(&length);
+        buffer_->SubSection(0, length, text.Put());
+        return std::u16string(text.View());
+    }
+
+    ComPtr<IEditBuffer> buffer_;
+    ComPtr<ITextSegment> source_;
+    ComPtr<IPatternIterator> iterator_;
+
+private:
+    using Make = HRESULT (STDMETHODCALLTYPE IPatternIterator::*)(BSTR, LONG, LONG*);
+    using Get = HRESULT (STDMETHODCALLTYPE IPatternIterator::*)(LONG, IPattern**);
+    LONG Add(Make make, Get get, std::u16string_view text, LONG options, LONG look_ahead) {
+        LONG id = -1;
+        EXPECT_EQ((iterator_.Get()->*make)(Bstr(text).Get(), options, &id), S_OK);
+        if (look_ahead != 0) {
+            ComPtr<IPattern> pattern;
+            EXPECT_EQ((iterator_.Get()->*get)(id, pattern.Put()), S_OK);
+            if (pattern) pattern->put_LookAhead(look_ahead);
+        }
+        return id;
+    }
+};
+
+}  // namespace scrivix::test

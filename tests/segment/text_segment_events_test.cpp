@@ -1,0 +1,162 @@
+// A segment's place in the edit chain: its listeners and its connection point, several segments over one
+// buffer, long random edit sequences through live segments against the plain rule, and the lifetimes of
+// segments, sub-sections and buffers (no reference cycle, nothing left alive).
+#include "segment_reference.h"
+
+#include "support/test_support.h"
+
+#include <memory>
+#include <random>
+#include <stdexcept>
+
+namespace scrivix::test {
+namespace {
+
+template <class W>
+class SegmentEventsTest : public ::testing::Test {};
+TYPED_TEST_SUITE(SegmentEventsTest, SegmentWidths, SegmentWidthNames);
+
+// Listeners.
+
+TEST(SegmentEvents, ListenersHearInConnectionOrderWhateverEachDoes) {
+    std::vector<int> order;
+    SegmentSink first([&](const Event&) { order.push_back(1); });
+    SegmentSink throwing([&](const Event&) {
+        order.push_back(2);
+        throw std::runtime_error("sink failure");
+    });
+    SegmentSink failing([&](const Event&) { order.push_back(3); });
+    failing.answer = E_FAIL;
+    SegmentSink last([&](const Event&) { order.push_back(4); });
+    auto segment = NewTextSegment<NarrowSegments>(u"0123456789");
+    std::vector<DWORD> cookies;
+    for (SegmentSink* sink : {&first, &throwing, &failing, &last}) cookies.push_back(Listen(segment.Get(), sink));
+
+    EXPECT_EQ(segment->Replace(2, 4, Bstr(u"ab").Get()), S_OK) << "listener failures do not reach the edit";
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_EQ(last.Take(), (Events{Event::Modified(2, 2, 2)}));
+    EXPECT_EQ(first.Take(), throwing.Take());
+
+    // A freed place is taken by the next connection, which is then called in that place.
+    ASSERT_EQ(StopListening(segment.Get(), cookies[1]), S_OK);
+    EXPECT_EQ(Listen(segment.Get(), &throwing), cookies[1]);
+    for (DWORD cookie : cookies) EXPECT_EQ(StopListening(segment.Get(), cookie), S_OK);
+}
+
+TEST(SegmentEvents, TheConnectionPointRefusesWhatItCannotHold) {
+    auto segment = NewTextSegment();
+    auto point = SegmentEventPoint(segment.Get());
+    ASSERT_TRUE(point);
+    IID iid{};
+    EXPECT_EQ(point->GetConnectionInterface(&iid), S_OK);
+    EXPECT_EQ(iid, IID__ITextSegmentEvents);
+    DWORD cookie = 1;
+    EXPECT_EQ(point->Advise(segment.Get(), &cookie), CONNECT_E_CANNOTCONNECT) << "a segment is no sink";
+    EXPECT_EQ(cookie, 0u);
+    EXPECT_EQ(point->Unadvise(1), CONNECT_E_NOCONNECTION);
+    ComPtr<IConnectionPoint> other;
+    EXPECT_EQ(segment.As<IConnectionPointContainer>()->FindConnectionPoint(IID__IEditBufferEvents, other.Put()),
+              CONNECT_E_NOCONNECTION);
+}
+
+// Several segments over one buffer.
+
+TYPED_TEST(SegmentEventsTest, EverySegmentOverTheBufferFollowsAnEdit) {
+    auto root = NewTextSegment<TypeParam>(u"0123456789");
+    const Range ranges[] = {{2, 5}, {5, 8}, {0, 10}, {8, 8}};
+    std::vector<ComPtr<ITextSegment>> sections;
+    SegmentSink sinks[4];
+    for (size_t i = 0; i < 4; ++i) {
+        sections.push_back(SubSectionOf(root.Get(), ranges[i].origin, ranges[i].limit));
+        Listen(sections[i].Get(), &sinks[i]);
+    }
+    // Two characters inserted at 5, through the segment that starts there.
+    ASSERT_EQ(sections[1]->Replace(0, 0, Bstr(u"ab").Get()), S_OK);
+    const Range after[] = {{2, 7}, {5, 10}, {0, 12}, {10, 10}};
+    const Events heard[] = {{Event::Modified(3, 0, 2)}, {Event::Modified(0, 0, 2)}, {Event::Modified(5, 0, 2)}, {}};
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(RangeOf(sections[i].Get()), after[i]) << "segment " << ranges[i];
+        EXPECT_EQ(sinks[i].Take(), heard[i]) << "segment " << ranges[i];
+    }
+    EXPECT_EQ(TextOf(sections[0].Get()), u"234ab");
+    sections.clear();  // releasing a segment disconnects its listeners too
+}
+
+// Random edits through live segments of every shape, each with a listener, against the plain rule.
+TYPED_TEST(SegmentEventsTest, LongRandomEditSequencesAgreeWithThePlainRule) {
+    std::mt19937 random(19937);
+    const auto below = [&](LONG n) { return static_cast<LONG>(random() % static_cast<uint32_t>(n)); };
+    LONG length = 120;
+    auto root = NewTextSegment<TypeParam>(std::u16string(length, u'.'));
+    struct Watched {
+        std::unique_ptr<SegmentSink> sink = std::make_unique<SegmentSink>();
+        ComPtr<ITextSegment> segment;
+        Range expected;
+    };
+    std::vector<Watched> watched(12);
+    for (Watched& w : watched) {
+        w.expected = {below(length + 1), below(length + 1)};
+        w.segment = SubSectionOf(root.Get(), w.expected.origin, w.expected.limit);
+        Listen(w.segment.Get(), w.sink.get());
+    }
+
+    for (int step = 0; step < 3000; ++step) {
+        Edit edit{below(length + 1), 0, below(8)};
+        edit.old_length = below(std::min(length - edit.origin, 10) + 1);
+        const LONG length_after = length - edit.old_length + edit.new_length;
+        ASSERT_EQ(root->Replace(edit.origin, edit.origin + edit.old_length,
+                                Bstr(std::u16string(edit.new_length, u'x')).Get()),
+                  S_OK);
+        ASSERT_EQ(RangeOf(root.Get()), (Range{0, length_after})) << "the whole stays whole";
+        for (Watched& w : watched) {
+            const Outcome expected = Reference(w.expected, edit, length_after);
+            const Events heard = expected.event ? Events{Event::Modified(*expected.event, edit.old_length,
+                                                                         edit.new_length)}
+                                                : Events{};
+            ASSERT_EQ(RangeOf(w.segment.Get()), expected.range) << "step " << step << ", from " << w.expected;
+            ASSERT_EQ(w.sink->Take(), heard) << "step " << step << ", from " << w.expected;
+            w.expected = expected.range;
+        }
+        length = length_after;
+    }
+    watched.clear();
+}
+
+// Lifetimes.
+
+TEST(SegmentEvents, ReleasingTheLastReferenceDestroysASegmentAndDisconnectsIt) {
+    const long before = LiveObjects();
+    auto segment = NewTextSegment<NarrowSegments>(u"abc");
+    EXPECT_EQ(LiveObjects(), before + 3) << "the segment, its sink and its buffer";
+    ComPtr<IUnknown> view;
+    ASSERT_EQ(segment->SegmentBuffer(view.Put()), S_OK);
+    ComPtr<IUnknown> buffer;
+    ASSERT_EQ(view.As<IBufferSegment>()->get_Source(0, 0, buffer.Put()), S_OK);
+    view = nullptr;
+    SegmentSink listener;
+    Listen(segment.Get(), &listener);
+
+    segment = nullptr;
+    EXPECT_EQ(LiveObjects(), before + 1) << "only the buffer the test holds";
+    EXPECT_EQ(listener.References(), 0u) << "the segment released its listeners";
+    EXPECT_EQ(buffer.As<IEditBuffer>()->Replace(0, 1, Bstr(u"x").Get()), S_OK) << "nobody listens any more";
+    buffer = nullptr;
+    EXPECT_EQ(LiveObjects(), before);
+}
+
+TYPED_TEST(SegmentEventsTest, ASubSectionOutlivesItsParent) {
+    const long before = LiveObjects();
+    auto parent = NewTextSegment<TypeParam>(u"0123456789");
+    auto section = SubSectionOf(parent.Get(), 4, 6);
+    parent = nullptr;
+    EXPECT_EQ(LiveObjects(), before + 3) << "the section, its sink and the buffer it holds";
+    EXPECT_EQ(TextOf(section.Get()), u"45");
+    ASSERT_EQ(section->Replace(1, 2, Bstr(u"abc").Get()), S_OK);
+    EXPECT_EQ(TextOf(section.Get()), u"4abc");
+    EXPECT_EQ(RangeOf(section.Get()), (Range{4, 8}));
+    section = nullptr;
+    EXPECT_EQ(LiveObjects(), before);
+}
+
+}  // namespace
+}  // namespace scrivix::test
