@@ -41,75 +41,90 @@ std::vector<Edit> ApplyReplacements(ITextSegment* segment, Width width, const st
     return edits;
 }
 
-// The whole run of one subcommand; returns the exit status.
-int Run(const Arguments& args) {
-    ProgressLine progress;
-    OutputFormat output(args, progress);
-    std::optional<SearchDriver> driver;
-    try {
-        driver.emplace(args);
-    } catch (const ToolError& error) {
-        std::fprintf(stderr, "scrivix: %s\n", error.what());
-        return kFailed;
+// One run of a subcommand over every file of the walk.
+class Session {
+   public:
+    explicit Session(const Arguments& args) : args_(args), output_(args, progress_) {}
+
+    // Returns the exit status.
+    int Run() {
+        try {
+            driver_.emplace(args_);
+        } catch (const ToolError& error) {
+            std::fprintf(stderr, "scrivix: %s\n", error.what());
+            return kFailed;
+        }
+        const auto fail = [&](const std::string& path, const std::string& reason) { output_.Error(path, reason); };
+        const auto skip = [&](const std::string& path, const std::string& reason) { output_.Notice(path, reason); };
+        WalkFiles(args_.paths, {[&](const std::string& path) { Visit(path); }, fail, skip});
+        output_.Summary(files_, matched_files_, matches_);
+        output_.Flush();
+        if (output_.had_errors()) return kFailed;
+        return matches_ ? kFound : kNothingFound;
     }
 
-    size_t files = 0, matched_files = 0, total = 0;
-    const auto search = [&](const std::string& path) {
+   private:
+    void Visit(const std::string& path) {
         try {
-            const std::optional<LoadedFile> file = driver->Load(path);
-            if (!file) return output.Skipped(path, "binary file skipped");
-            ++files;
-            std::vector<Match> matches = driver->FindAll(*file);
-            size_t bytes = 0;
-            if (args.command == Command::Replace) matches = WithoutOverlaps(matches);
-            if (!matches.empty()) {
-                ++matched_files;
-                total += matches.size();
-            }
-            if (args.command != Command::Replace) {
-                const TextView text(file->segment, file->width);
-                bytes = text.Visit([](auto view) { return view.size(); });
-                if (matches.empty()) {
-                } else if (args.count) {
-                    output.Count(path, matches.size());
-                } else {
-                    output.Matches(path, text, matches);
-                }
-            } else if (!matches.empty()) {
-                // The old text is kept for the diff; the view's read lock must go before the buffer changes.
-                std::string old_narrow;
-                std::u16string old_wide;
-                {
-                    const TextView text(file->segment, file->width);
-                    if (file->width == Width::Narrow) old_narrow = text.narrow();
-                    else old_wide = text.wide();
-                }
-                const std::vector<Edit> edits = ApplyReplacements(file->segment, file->width, matches, args.replacement);
-                {
-                    const TextView text(file->segment, file->width);
-                    bytes = file->width == Width::Narrow ? text.narrow().size() : 2 + 2 * text.wide().size();
-                    const std::string diff = file->width == Width::Narrow
-                                                 ? UnifiedDiff(path, old_narrow, text.narrow(), edits)
-                                                 : UnifiedDiff(path, old_wide, text.wide(), edits);
-                    if (!args.in_place) output.Diff(path, diff, matches.size());
-                }
-                if (args.in_place) {
-                    RewriteInPlace(path, file->segment, bytes);
-                    if (args.verbose) output.Skipped(path, std::to_string(matches.size()) + " replacements written");
-                }
-            }
-            progress.FileDone(bytes, matches.size());
+            const std::optional<LoadedFile> file = driver_->Load(path);
+            if (!file) return output_.Notice(path, "binary file skipped");
+            ++files_;
+            std::vector<Match> matches = driver_->FindAll(*file);
+            if (args_.command == Command::Replace) matches = WithoutOverlaps(matches);
+            if (!matches.empty()) ++matched_files_;
+            matches_ += matches.size();
+            const size_t bytes = args_.command == Command::Replace ? Replace(*file, matches) : Report(*file, matches);
+            progress_.FileDone(bytes, matches.size());
         } catch (const ToolError& error) {
-            output.Error(path, error.what());
+            output_.Error(path, error.what());
         }
-    };
-    WalkFiles(args.paths, {search, [&](const std::string& path, const std::string& reason) { output.Error(path, reason); },
-                           [&](const std::string& path, const std::string& reason) { output.Skipped(path, reason); }});
-    output.Summary(files, matched_files, total);
-    output.Flush();
-    if (output.had_errors()) return kFailed;
-    return total ? kFound : kNothingFound;
-}
+    }
+
+    // Prints the matches; returns the size of the file in characters.
+    size_t Report(const LoadedFile& file, const std::vector<Match>& matches) {
+        const TextView text(file.segment, file.width);
+        if (!matches.empty() && args_.count) output_.Count(file.path, matches.size());
+        if (!matches.empty() && !args_.count) output_.Matches(file.path, text, matches);
+        return text.Visit([](auto view) { return view.size(); });
+    }
+
+    // Replaces the matches in the buffer, then prints the diff or rewrites the file; returns the size of
+    // the new file in bytes.
+    size_t Replace(const LoadedFile& file, const std::vector<Match>& matches) {
+        if (matches.empty()) return 0;
+        // The old text is kept for the diff; the view's read lock must go before the buffer changes.
+        std::string old_narrow;
+        std::u16string old_wide;
+        {
+            const TextView text(file.segment, file.width);
+            if (file.width == Width::Narrow) old_narrow = text.narrow();
+            else old_wide = text.wide();
+        }
+        const std::vector<Edit> edits = ApplyReplacements(file.segment, file.width, matches, args_.replacement);
+        size_t bytes = 0;
+        {
+            const TextView text(file.segment, file.width);
+            // A 16-bit file is written with its mark FF FE.
+            bytes = file.width == Width::Narrow ? text.narrow().size() : 2 + 2 * text.wide().size();
+            if (!args_.in_place)
+                output_.Diff(file.path,
+                             file.width == Width::Narrow ? UnifiedDiff(file.path, old_narrow, text.narrow(), edits)
+                                                         : UnifiedDiff(file.path, old_wide, text.wide(), edits),
+                             matches.size());
+        }
+        if (args_.in_place) {
+            RewriteInPlace(file.path, file.segment, bytes);
+            output_.Notice(file.path, std::to_string(matches.size()) + " replaced in place");
+        }
+        return bytes;
+    }
+
+    const Arguments& args_;
+    ProgressLine progress_;
+    OutputFormat output_;
+    std::optional<SearchDriver> driver_;
+    size_t files_ = 0, matched_files_ = 0, matches_ = 0;
+};
 
 }  // namespace
 }  // namespace scrivix_tool
@@ -122,7 +137,7 @@ int main(int argc, char** argv) {
             std::fputs(HelpText(args.help_topic).c_str(), stdout);
             return 0;
         }
-        return Run(args);
+        return Session(args).Run();
     } catch (const UsageError& error) {
         std::fprintf(stderr, "scrivix: %s\nTry 'scrivix --help' for more information.\n", error.what());
         return 2;

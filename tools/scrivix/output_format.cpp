@@ -146,8 +146,8 @@ void OutputFormat::Error(const std::string& path, const std::string& reason) {
     Note("error", "message", path, reason);
 }
 
-void OutputFormat::Skipped(const std::string& path, const std::string& reason) {
-    if (args_.verbose) Note("skipped", "reason", path, reason);
+void OutputFormat::Notice(const std::string& path, const std::string& reason) {
+    if (args_.verbose) Note("notice", "message", path, reason);
 }
 
 void OutputFormat::Summary(size_t files, size_t matched_files, size_t matches) {

@@ -24,8 +24,9 @@ class OutputFormat {
     // A ready-made block of text (a diff), written as it is; in JSON mode as {"type":"diff"}.
     void Diff(const std::string& path, const std::string& diff, size_t replacements);
     // Messages on standard error ("scrivix: path: reason"); in JSON mode also as objects in the stream.
+    // Errors make the exit status 2; notices (skipped files, files rewritten) are shown with --verbose.
     void Error(const std::string& path, const std::string& reason);
-    void Skipped(const std::string& path, const std::string& reason);
+    void Notice(const std::string& path, const std::string& reason);
     // The last line of a JSON stream; nothing in text mode.
     void Summary(size_t files, size_t matched_files, size_t matches);
 
