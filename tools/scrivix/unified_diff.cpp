@@ -40,7 +40,8 @@ void AppendLines(std::string& out, char mark, std::basic_string_view<Char> text)
 }
 
 std::string Range(size_t start, size_t count) {
-    // A range of no lines names the line before it.
+    // A range of no lines names the line before it; a range of one line is its number alone.
+    if (count == 1) return std::to_string(start + 1);
     return std::to_string(count ? start + 1 : start) + "," + std::to_string(count);
 }
 
