@@ -212,5 +212,14 @@ TEST_F(Find, LanguagePresetsStepOverCommentsAndStrings) {
     }
 }
 
+// The bundled example: what scripts/run shows.
+TEST_F(Find, TheExampleTreeHasSixCallsOutsideCommentsAndStrings) {
+    std::filesystem::copy(SCRIVIX_EXAMPLE_TREE, root_ / "tree", std::filesystem::copy_options::recursive);
+    const ToolResult all = Run({"find", "-c", "log_message(", "tree"});
+    EXPECT_EQ(all.out, "tree/src/config.c:4\ntree/src/log.c:2\ntree/src/log.h:2\ntree/src/main.c:8\n");
+    const ToolResult calls = Run({"find", "-c", "--lang", "c", "--ignore", "void log_message(", "log_message(", "tree"});
+    EXPECT_EQ(calls.out, "tree/src/config.c:2\ntree/src/main.c:4\n");
+}
+
 }  // namespace
 }  // namespace scrivix_tool_test

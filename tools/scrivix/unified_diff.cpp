@@ -49,13 +49,14 @@ template <class Char>
 std::string Diff(const std::string& path, std::basic_string_view<Char> before, std::basic_string_view<Char> after,
                  const std::vector<Edit>& edits) {
     const LineTable<Char> old_lines(before);
-    // Edits touching the same lines make one change. delta: how far the new text is shifted so far.
+    // Edits on the same or neighbouring lines make one change, so that its removed lines come before its
+    // added ones. delta: how far the new text is shifted so far.
     std::vector<Change> changes;
     long long delta = 0;
     for (const Edit& edit : edits) {
         const size_t first = old_lines.LineOf(edit.start);
         const size_t last = old_lines.LineOf(edit.end > edit.start ? edit.end - 1 : edit.start);
-        if (changes.empty() || first > changes.back().last)
+        if (changes.empty() || first > changes.back().last + 1)
             changes.push_back({first, last, static_cast<size_t>(static_cast<long long>(old_lines.Start(first)) + delta), 0});
         Change& change = changes.back();
         change.last = std::max(change.last, last);
