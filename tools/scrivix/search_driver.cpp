@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 namespace scrivix_tool {
@@ -140,7 +141,11 @@ std::string ReadFailure(const std::string& path, HRESULT hr) {
     const int descriptor = open(path.c_str(), O_RDONLY);
     if (descriptor < 0) return std::strerror(errno);
     close(descriptor);
-    if (library.empty()) library = "the library could not load it (status " + std::to_string(hr) + ")";
+    if (library.empty()) {
+        char status[64];
+        std::snprintf(status, sizeof status, "the library could not load it (status 0x%08X)", static_cast<unsigned>(hr));
+        library = status;
+    }
     return library;
 }
 
@@ -195,7 +200,8 @@ std::optional<LoadedFile> SearchDriver::Load(const std::string& path) {
     };
     ITextSegment* narrow = load(Width::Narrow);
     {
-        const std::string_view text = TextView(narrow, Width::Narrow).narrow();
+        const TextView view(narrow, Width::Narrow);
+        const std::string_view text = view.narrow();
         if (!text.starts_with("\xFF\xFE")) {
             if (std::memchr(text.data(), 0, std::min(text.size(), kBinaryProbe))) return std::nullopt;
             return LoadedFile{path, Width::Narrow, narrow};
