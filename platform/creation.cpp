@@ -15,6 +15,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace scrivix::platform {
 namespace {
@@ -41,6 +43,92 @@ GetClassObjectFunction LoadServer(const std::string& path, HRESULT& status) {
     return entry;
 }
 
+// What this thread has read from the registry to create objects: ProgIDs with their class ids, class ids
+// with the entry of their server. Objects are made by class name at a high rate (a buffer segment for
+// every search step), and the answers stay right until the registry changes, when they are all dropped.
+// Only successful look-ups are kept, a few of each.
+class LookupCache {
+public:
+    static LookupCache& ForThisThread() {
+        thread_local LookupCache cache;
+        cache.DropIfStale();
+        return cache;
+    }
+
+    const CLSID* ClassOf(std::u16string_view prog_id) const {
+        for (const auto& [name, clsid] : prog_ids_)
+            if (name == prog_id) return &clsid;
+        return nullptr;
+    }
+    GetClassObjectFunction ServerOf(REFCLSID clsid) const {
+        for (const auto& [id, entry] : servers_)
+            if (IsEqualGUID(id, clsid)) return entry;
+        return nullptr;
+    }
+    // A look-up that cannot be remembered (no memory) is read from the registry again next time.
+    void Keep(std::u16string_view prog_id, REFCLSID clsid) noexcept {
+        try {
+            Add(prog_ids_, {std::u16string(prog_id), clsid});
+        } catch (...) {
+        }
+    }
+    void Keep(REFCLSID clsid, GetClassObjectFunction entry) noexcept {
+        try {
+            Add(servers_, {clsid, entry});
+        } catch (...) {
+        }
+    }
+
+private:
+    static constexpr size_t kKept = 16;
+
+    void DropIfStale() {
+        const uint64_t now = RegistryGeneration();
+        if (now == generation_) return;
+        prog_ids_.clear();
+        servers_.clear();
+        generation_ = now;
+    }
+    template <class List>
+    static void Add(List& list, typename List::value_type item) {
+        if (list.size() == kKept) list.erase(list.begin());
+        list.push_back(std::move(item));
+    }
+
+    uint64_t generation_ = ~uint64_t{0};
+    std::vector<std::pair<std::u16string, CLSID>> prog_ids_;
+    std::vector<std::pair<CLSID, GetClassObjectFunction>> servers_;
+};
+
+// The class id of a ProgID, as the registry gives it.
+HRESULT ReadClassOfProgID(LPCOLESTR prog_id, LPCLSID clsid) {
+    std::u16string name(prog_id);
+    // A version-independent ProgID without a CLSID of its own stands for its current version.
+    for (int hops = 0; hops < 2 && !name.empty(); ++hops) {
+        if (auto value = ReadRegistryString(name + u"\\CLSID")) return CLSIDFromString(value->c_str(), clsid);
+        auto current = ReadRegistryString(name + u"\\CurVer");
+        if (!current) break;
+        name = *current;
+    }
+    return CO_E_CLASSSTRING;
+}
+
+// The entry that makes the class objects of `clsid`: the loaded module's own, or a server's loaded now.
+GetClassObjectFunction FindServer(REFCLSID clsid, HRESULT& status) {
+    auto server = ReadRegistryString(u"CLSID\\" + GuidToString(clsid) + u"\\InprocServer32");
+    if (!server) {
+        status = REGDB_E_CLASSNOTREG;
+        return nullptr;
+    }
+    const std::string path = Utf16ToUtf8(*server);
+    if (path.empty()) {
+        status = CO_E_DLLNOTFOUND;
+        return nullptr;
+    }
+    if (const ModuleInstance* module = FindModuleByPath(path)) return module->get_class_object;
+    return LoadServer(path, status);
+}
+
 }  // namespace
 }  // namespace scrivix::platform
 
@@ -54,15 +142,14 @@ void CoUninitialize() {}
 
 HRESULT CLSIDFromProgID(LPCOLESTR prog_id, LPCLSID clsid) {
     if (!prog_id || !clsid) return E_INVALIDARG;
-    std::u16string name(prog_id);
-    // A version-independent ProgID without a CLSID of its own stands for its current version.
-    for (int hops = 0; hops < 2 && !name.empty(); ++hops) {
-        if (auto value = ReadRegistryString(name + u"\\CLSID")) return CLSIDFromString(value->c_str(), clsid);
-        auto current = ReadRegistryString(name + u"\\CurVer");
-        if (!current) break;
-        name = *current;
+    LookupCache& cache = LookupCache::ForThisThread();
+    if (const CLSID* known = cache.ClassOf(prog_id)) {
+        *clsid = *known;
+        return S_OK;
     }
-    return CO_E_CLASSSTRING;
+    const HRESULT hr = ReadClassOfProgID(prog_id, clsid);
+    if (SUCCEEDED(hr)) cache.Keep(prog_id, *clsid);
+    return hr;
 }
 
 HRESULT ProgIDFromCLSID(REFCLSID clsid, LPOLESTR* prog_id) {
@@ -83,14 +170,14 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, LPVOID, REFIID iid, LPVO
     if (!ppv) return E_INVALIDARG;
     *ppv = nullptr;
     if (!(context & (CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER))) return REGDB_E_CLASSNOTREG;
-    auto server = ReadRegistryString(u"CLSID\\" + GuidToString(clsid) + u"\\InprocServer32");
-    if (!server) return REGDB_E_CLASSNOTREG;
-    const std::string path = Utf16ToUtf8(*server);
-    if (path.empty()) return CO_E_DLLNOTFOUND;
-    if (const ModuleInstance* module = FindModuleByPath(path)) return module->get_class_object(clsid, iid, ppv);
-    HRESULT status = S_OK;
-    GetClassObjectFunction entry = LoadServer(path, status);
-    return entry ? entry(clsid, iid, ppv) : status;
+    LookupCache& cache = LookupCache::ForThisThread();
+    GetClassObjectFunction entry = cache.ServerOf(clsid);
+    if (!entry) {
+        HRESULT status = S_OK;
+        if (!(entry = FindServer(clsid, status))) return status;
+        cache.Keep(clsid, entry);
+    }
+    return entry(clsid, iid, ppv);
 }
 
 HRESULT CoCreateInstance(REFCLSID clsid, LPUNKNOWN outer, DWORD context, REFIID iid, LPVOID* ppv) {

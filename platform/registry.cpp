@@ -7,6 +7,7 @@
 #include "platform/sync.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -507,7 +508,10 @@ public:
         std::lock_guard guard(mutex_);
         MarkDeleted(*root_);
         Load();
+        generation_.fetch_add(1, std::memory_order_release);
     }
+
+    uint64_t Generation() const { return generation_.load(std::memory_order_acquire); }
 
     void BeginBatch() {
         std::lock_guard guard(mutex_);
@@ -573,6 +577,7 @@ private:
     }
 
     void Changed() {
+        generation_.fetch_add(1, std::memory_order_release);
         if (batch_depth_ > 0)
             unsaved_ = true;
         else
@@ -611,6 +616,7 @@ private:
     bool save_failure_reported_ = false;
     int batch_depth_ = 0;
     bool unsaved_ = false;
+    std::atomic<uint64_t> generation_{0};
 };
 
 // Nothing below throws but allocation.
@@ -659,6 +665,8 @@ std::optional<std::u16string> ReadRegistryString(std::u16string_view key_path, s
 bool RegistryLoadedFromFile() { return Hive::Instance().LoadedFromFile(); }
 
 void ReloadRegistry() { Hive::Instance().Reload(); }
+
+uint64_t RegistryGeneration() { return Hive::Instance().Generation(); }
 
 RegistryBatch::RegistryBatch() { Hive::Instance().BeginBatch(); }
 

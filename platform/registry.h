@@ -34,6 +34,7 @@
 
 #include <scrivix/scrivix.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -86,6 +87,10 @@ LONG DeleteRegistryValue(HKEY key, std::u16string_view value_name);
 // default value) of the key at key_path under HKEY_CLASSES_ROOT; nothing if either is missing or the
 // value is not a string.
 std::optional<std::u16string> ReadRegistryString(std::u16string_view key_path, std::u16string_view value_name = {});
+
+// A number that changes with every change of the hive (and its reload), for those who remember what they
+// read from it.
+uint64_t RegistryGeneration();
 
 // Whether the hive was loaded from the file SCRIVIX_REGISTRY names (rather than started empty).
 bool RegistryLoadedFromFile();

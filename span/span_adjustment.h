@@ -7,6 +7,7 @@
 #include "iterator/iterator_adjustment.h"
 
 #include <cstdint>
+#include <initializer_list>
 
 namespace scrivix {
 
