@@ -65,7 +65,7 @@ void OutputFormat::Matches(const std::string& path, const TextView& text, const 
 template <class Char>
 void OutputFormat::WriteMatches(const std::string& path, std::basic_string_view<Char> text,
                                 const std::vector<Match>& matches) {
-    const LineTable<Char> lines(text);
+    LineTable<Char> lines(text);
     const auto slice = [&](size_t from, size_t to) { return ToOutput(text.substr(from, to - from)); };
     for (const Match& match : matches) {
         const size_t start = static_cast<size_t>(match.start), end = static_cast<size_t>(match.end);

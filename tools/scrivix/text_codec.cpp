@@ -120,7 +120,7 @@ void AppendJsonString(std::string& out, std::string_view text) {
             case '\t': out += "\\t"; break;
             default:
                 if (code < 0x20 || (length == 1 && code >= 0x80)) {
-                    char escape[8];
+                    char escape[16];
                     std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(code));
                     out += escape;
                 } else {

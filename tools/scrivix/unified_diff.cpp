@@ -48,7 +48,7 @@ std::string Range(size_t start, size_t count) {
 template <class Char>
 std::string Diff(const std::string& path, std::basic_string_view<Char> before, std::basic_string_view<Char> after,
                  const std::vector<Edit>& edits) {
-    const LineTable<Char> old_lines(before);
+    LineTable<Char> old_lines(before);
     // Edits on the same or neighbouring lines make one change, so that its removed lines come before its
     // added ones. delta: how far the new text is shifted so far.
     std::vector<Change> changes;
