@@ -206,13 +206,15 @@ Arguments ParseArguments(int argc, const char* const* argv) {
 
 std::string HelpText(std::optional<Command> command) {
     static const std::string common =
+        "\n"
         "Pattern options (for the pattern, or the opening and closing of a span):\n"
         "  -w, --word           whole words only (bounded by white space or the ends of the file)\n"
         "  -i, --ignore-case    compare letters A-Z without case\n"
-        "  -s, --skip-spaces    white space in the pattern matches any run of white space\n"
+        "  -s, --skip-spaces    white space in the pattern also matches a run of other white space\n"
         "  -e, --regex          the pattern is a regular expression:\n"
         "                       . [a-z] [^...] * + ? ^ $ (line start and end), ~ # (with the line break),\n"
         "                       \\t \\n \\s \\xHH \\^C; no groups or alternatives\n"
+        "\n"
         "Stepping over text (repeatable; matches inside are not reported):\n"
         "  --ignore PAT, --ignore-regex PAT, --ignore-word PAT\n"
         "                       occurrences of an ignore pattern\n"
@@ -221,11 +223,13 @@ std::string HelpText(std::optional<Command> command) {
         "  --lang NAME          the comments and strings of a language: " +
         PresetNames() +
         "\n"
+        "\n"
         "Output:\n"
         "  --color=WHEN         highlight matches: auto (on a terminal), always, never\n"
         "  --json               one JSON object per line on standard output\n"
         "  -v, --verbose        also say which files were skipped (binary) and why\n"
         "  -h, --help           this help\n"
+        "\n"
         "Without PATH the current directory is searched; directories are searched recursively.\n"
         "Files that start with the mark FF FE are read as UTF-16; files with a NUL byte in their first\n"
         "8 KiB are binary and skipped. Exit status: 0 something found, 1 nothing found, 2 an error.\n";
@@ -236,7 +240,7 @@ std::string HelpText(std::optional<Command> command) {
                "\n"
                "Commands:\n"
                "  find PATTERN [PATH...]                 every occurrence of a pattern\n"
-               "  spans OPEN CLOSE [PATH...]             balanced spans from OPEN to CLOSE\n"
+               "  spans OPEN CLOSE [PATH...]             spans from OPEN to CLOSE (balanced with --nested)\n"
                "  replace PATTERN REPLACEMENT [PATH...]  replace occurrences (a diff, or --in-place)\n"
                "\n"
                "Run 'scrivix COMMAND --help' for the options of a command. Examples:\n"
