@@ -16,21 +16,26 @@
 // Characters: white space is 0x09 to 0x0D and 0x20 below code 256, and what the classic locale says
 // above; lower-casing folds only 'A' to 'Z'. With ignore case both sides are lower-cased.
 //
-// Skip spaces changes how a white-space character w of the pattern meets the text character c (the
-// other pattern characters always need an equal text character). In search order:
-//   1. c equal to w: w matches that one character.
-//   2. c not white space: w matches c (it stands in for any one character there).
-//   3. c other white space: w matches the whole run of white space c belongs to, provided c begins the
-//      run (the character before it, in search order, is no white space or the buffer's edge) and the
-//      run does not end with w either. A run that begins or ends with w is left to rule 1, which
-//      matches it character for character; a run that an earlier pattern character has entered
-//      cannot be taken by rule 3.
-//   Anything else is a mismatch at c.
-// Rule 3 is symmetric on purpose: it decides from the run as a whole, never from where the search came
-// in. So every rule picks the same characters whichever end the search starts from, and the forward
-// search from p finds [p, e) exactly when the backward search towards e finds it: both directions agree
-// on what an occurrence is. (Taking, after a run, one more character beyond it, as a one-sided scan
-// naturally would, makes the directions disagree; that extra step is therefore not taken.)
+// Skip spaces changes how a white-space character w of the pattern meets a text character c (the other
+// pattern characters always need an equal text character). A c equal to w matches w, that one character
+// only. A c that differs from w never fails it: w counts as matched and the text position moves on, in
+// search order,
+//   (a) when c is white space, over the run of white space that begins at c, and then by the ordinary
+//       step, so that the match also takes the first character after the run, whatever it is;
+//   (b) when c is no white space, by the ordinary step alone, over c.
+// The corners, completed in the same spirit:
+//   - The run is every white-space character from c on, whatever comes before c: a run that an earlier
+//     pattern character entered (by an equal w) is taken on from c just the same.
+//   - A run that reaches the buffer's edge stops there and the step has nothing left to pass over: the
+//     occurrence ends at the edge if w was the pattern's last character, and the attempt fails if not.
+//   - Whole word looks at the characters beside the occurrence as it finally ends, after a run and its
+//     step; a rejected occurrence is a mismatch at the character after it, as always.
+//   - A run may carry an attempt past the search limit, like any attempt under way, up to the edge.
+//   - A white-space first character of the pattern begins an attempt at every position.
+// Backwards the run extends towards lower positions and the step passes over the first character below
+// it. The directions therefore disagree where white space of the pattern meets other white space: 'a b'
+// finds 'a\tzb' forwards (the tab is the run, z the step, then b), but not backwards (b, then z for the
+// space, then the tab is no a). Where that does not happen they agree.
 #pragma once
 
 #include <scrivix/scrivix.h>
@@ -238,7 +243,7 @@ private:
               TextIt& end) const noexcept;
 
     template <typename TextIt>
-    static TextIt MatchSpace(T w, TextIt t, TextIt buffer_first, TextIt buffer_last) noexcept;
+    static TextIt MatchSpace(TextIt t, TextIt buffer_last) noexcept;
 
     std::basic_string<T> text_;  // lower-cased when ignoring case
     bool whole_word_ = false;
@@ -305,8 +310,7 @@ bool LiteralSearch<T>::FindBackward(const T* buffer_begin, const T* buffer_end, 
 }
 
 // Picks the instantiation of the search for the options, so that its loop tests none of them. A
-// white-space first character under skip spaces can match almost anything (rule 2): that search
-// cannot jump.
+// white-space first character under skip spaces matches every character: that search cannot jump.
 template <typename T>
 template <LiteralScan kScan, typename TextIt, typename PatternIt>
 bool LiteralSearch<T>::Search(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit,
@@ -366,10 +370,9 @@ bool LiteralSearch<T>::Step(TextIt buffer_first, TextIt buffer_last, TextIt& t, 
         if (w == (kFold ? ToLower(*t) : *t)) {
             ++k;
             ++t;
-        } else if (const TextIt next = kSkipSpaces && IsWhiteSpace(w) ? MatchSpace(w, t, buffer_first, buffer_last) : t;
-                   next != t) {
+        } else if (kSkipSpaces && IsWhiteSpace(w)) {
             ++k;
-            t = next;
+            t = MatchSpace(t, buffer_last);
         } else {
             k = 0;
             ++t;
@@ -390,16 +393,13 @@ bool LiteralSearch<T>::Step(TextIt buffer_first, TextIt buffer_last, TextIt& t, 
     }
 }
 
-// Rules 2 and 3 of skip spaces for the white-space pattern character w, which differs from the text
-// character at t: where its match ends, or t itself when it does not match there.
+// Skip spaces for a white-space pattern character that differs from the text character at t, which it
+// always matches: where the match of the pattern character ends.
 template <typename T>
 template <typename TextIt>
-TextIt LiteralSearch<T>::MatchSpace(T w, TextIt t, TextIt buffer_first, TextIt buffer_last) noexcept {
-    if (!IsWhiteSpace(*t)) return t + 1;
-    if (t != buffer_first && IsWhiteSpace(t[-1])) return t;
-    TextIt run_end = t + 1;
-    while (run_end != buffer_last && IsWhiteSpace(*run_end)) ++run_end;
-    return run_end[-1] == w ? t : run_end;
+TextIt LiteralSearch<T>::MatchSpace(TextIt t, TextIt buffer_last) noexcept {
+    while (t != buffer_last && IsWhiteSpace(*t)) ++t;
+    return t == buffer_last ? t : t + 1;
 }
 
 }  // namespace scrivix
