@@ -40,6 +40,8 @@
 
 #include <scrivix/scrivix.h>
 
+#include "pattern/candidate_scan.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -66,12 +68,6 @@ constexpr LONG PatternLowerLimit(LONG start, LONG end, LONG look_ahead) noexcept
     const int64_t lower = std::max({int64_t{start}, int64_t{end} - look_ahead, int64_t{0}});
     return static_cast<LONG>(std::min<int64_t>(lower, end));
 }
-
-// How a search moves to the next place where an attempt can begin: `plain` steps one character at a
-// time exactly as the algorithm reads; `jump` also skips ahead to the next character that equals the
-// pattern's first one (either case of it when ignoring case), with memchr or a word-at-a-time scan.
-// Both give the same results; `plain` is there to check and measure `jump` against.
-enum class LiteralScan { plain, jump };
 
 namespace literal_search_detail {
 
@@ -208,14 +204,14 @@ public:
     // Looks for the first occurrence that begins in [from, limit) of the buffer [buffer_begin,
     // buffer_end); it may run on past limit up to buffer_end. A limit beyond buffer_end counts as
     // buffer_end; from outside the buffer finds nothing. On success writes `found`.
-    template <LiteralScan kScan = LiteralScan::jump>
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                      Occurrence& found) const noexcept;
 
     // Looks for the occurrence nearest to `to` that ends at or before `to` and whose last character
     // lies at or above lower_limit; it may begin below lower_limit, down to buffer_begin. A lower
     // limit below buffer_begin counts as buffer_begin; `to` outside the buffer finds nothing.
-    template <LiteralScan kScan = LiteralScan::jump>
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindBackward(const T* buffer_begin, const T* buffer_end, const T* to, const T* lower_limit,
                       Occurrence& found) const noexcept;
 
@@ -232,7 +228,7 @@ public:
     static std::u16string ToOleText(std::basic_string_view<T> text);
 
 private:
-    template <LiteralScan kScan, typename TextIt, typename PatternIt>
+    template <CandidateScan kScan, typename TextIt, typename PatternIt>
     bool Search(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit, PatternIt pattern,
                 TextIt& begin, TextIt& end) const noexcept;
     template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
@@ -281,7 +277,7 @@ std::u16string LiteralSearch<T>::ToOleText(std::basic_string_view<T> text) {
 }
 
 template <typename T>
-template <LiteralScan kScan>
+template <CandidateScan kScan>
 bool LiteralSearch<T>::FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                                    Occurrence& found) const noexcept {
     if (text_.empty() || from < buffer_begin || from > buffer_end) return false;
@@ -296,7 +292,7 @@ bool LiteralSearch<T>::FindForward(const T* buffer_begin, const T* buffer_end, c
 // Runs the forward search over reverse iterators: attempts then begin at the end of an occurrence and
 // read the text and the pattern from their last characters down.
 template <typename T>
-template <LiteralScan kScan>
+template <CandidateScan kScan>
 bool LiteralSearch<T>::FindBackward(const T* buffer_begin, const T* buffer_end, const T* to, const T* lower_limit,
                                     Occurrence& found) const noexcept {
     if (text_.empty() || to < buffer_begin || to > buffer_end) return false;
@@ -312,10 +308,10 @@ bool LiteralSearch<T>::FindBackward(const T* buffer_begin, const T* buffer_end, 
 // Picks the instantiation of the search for the options, so that its loop tests none of them. A
 // white-space first character under skip spaces matches every character: that search cannot jump.
 template <typename T>
-template <LiteralScan kScan, typename TextIt, typename PatternIt>
+template <CandidateScan kScan, typename TextIt, typename PatternIt>
 bool LiteralSearch<T>::Search(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit,
                               PatternIt pattern, TextIt& begin, TextIt& end) const noexcept {
-    const bool jump = kScan == LiteralScan::jump && !(skip_spaces_ && IsWhiteSpace(pattern[0]));
+    const bool jump = kScan == CandidateScan::jump && !(skip_spaces_ && IsWhiteSpace(pattern[0]));
     auto with = [](bool flag, auto next) { return flag ? next(std::true_type{}) : next(std::false_type{}); };
     return with(ignore_case_, [&](auto fold) {
         return with(skip_spaces_, [&](auto skip_spaces) {

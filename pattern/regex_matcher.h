@@ -30,6 +30,7 @@
 //   no bound on the time).
 #pragma once
 
+#include "pattern/candidate_scan.h"
 #include "pattern/regex_codes.h"
 #include "pattern/regex_failure_set.h"
 
@@ -57,12 +58,15 @@ public:
 
     // The first candidate c = from, from + 1, ... while c < limit at which the program matches. The match
     // may run on past limit, up to buffer_end. from and limit lie in the buffer; from >= limit finds nothing.
+    // With CandidateScan::plain every candidate is run, none skipped by its first item.
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                      const T*& match_start, const T*& match_end) noexcept;
 
     // The highest candidate c with lower_limit <= c < before at which the program matches, trying c =
     // before - 1, before - 2, ... The match may run on past before, up to buffer_end. lower_limit and before
     // lie in the buffer; lower_limit >= before finds nothing.
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit, const T* before,
                       const T*& match_start, const T*& match_end) noexcept;
 
@@ -180,12 +184,13 @@ bool DRegexMatcher<T>::Match(const T* buffer_begin, const T* buffer_end, const T
 }
 
 template <typename T>
+template <CandidateScan kScan>
 bool DRegexMatcher<T>::FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                                    const T*& match_start, const T*& match_end) noexcept {
     BeginSearch(buffer_begin, buffer_end);
     const Pos stop = std::min<Pos>(limit - b_, n_);
     for (Pos c = std::max<Pos>(from - b_, 0); c < stop; ++c) {
-        if (filter_) {
+        if (kScan == CandidateScan::jump && filter_) {
             c = SkipForward(c, stop);
             if (c == stop) break;
         }
@@ -200,12 +205,13 @@ bool DRegexMatcher<T>::FindForward(const T* buffer_begin, const T* buffer_end, c
 }
 
 template <typename T>
+template <CandidateScan kScan>
 bool DRegexMatcher<T>::FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit,
                                     const T* before, const T*& match_start, const T*& match_end) noexcept {
     BeginSearch(buffer_begin, buffer_end);
     const Pos lower = std::max<Pos>(lower_limit - b_, 0);
     for (Pos c = std::min<Pos>(before - b_, n_) - 1; c >= lower; --c) {
-        if (filter_) {
+        if (kScan == CandidateScan::jump && filter_) {
             c = SkipBackward(c, lower);
             if (c < lower) break;
         }

@@ -97,14 +97,14 @@ Result ToResult(bool hit, const typename LiteralSearch<T>::Occurrence& found, co
     return {true, static_cast<LONG>(found.begin - base), static_cast<LONG>(found.end - base)};
 }
 
-template <typename T, LiteralScan kScan>
+template <typename T, CandidateScan kScan>
 Result Forward(const LiteralSearch<T>& search, const std::basic_string<T>& s, LONG start, LONG limit) {
     typename LiteralSearch<T>::Occurrence found;
     const T* b = s.data();
     return ToResult(search.template FindForward<kScan>(b, b + s.size(), b + start, b + limit, found), found, b);
 }
 
-template <typename T, LiteralScan kScan>
+template <typename T, CandidateScan kScan>
 Result Backward(const LiteralSearch<T>& search, const std::basic_string<T>& s, LONG end, LONG lower) {
     typename LiteralSearch<T>::Occurrence found;
     const T* b = s.data();
@@ -171,13 +171,13 @@ TYPED_TEST(LiteralSearchRandomTest, MatchesTheReferenceAndBothDirectionsAgree) {
 
         const LONG limit = PatternSearchLimit(start, end, look_ahead, n);
         const Result forward = reference.Forward(start, end, look_ahead);
-        ASSERT_EQ((Forward<T, LiteralScan::plain>(search, text, start, limit)), forward);
-        ASSERT_EQ((Forward<T, LiteralScan::jump>(search, text, start, limit)), forward);
+        ASSERT_EQ((Forward<T, CandidateScan::plain>(search, text, start, limit)), forward);
+        ASSERT_EQ((Forward<T, CandidateScan::jump>(search, text, start, limit)), forward);
 
         const LONG lower = PatternLowerLimit(start, end, look_ahead);
         const Result backward = reference.Backward(start, end, look_ahead);
-        ASSERT_EQ((Backward<T, LiteralScan::plain>(search, text, end, lower)), backward);
-        ASSERT_EQ((Backward<T, LiteralScan::jump>(search, text, end, lower)), backward);
+        ASSERT_EQ((Backward<T, CandidateScan::plain>(search, text, end, lower)), backward);
+        ASSERT_EQ((Backward<T, CandidateScan::jump>(search, text, end, lower)), backward);
 
         found_forward += forward.found;
         found_backward += backward.found;
@@ -188,14 +188,16 @@ TYPED_TEST(LiteralSearchRandomTest, MatchesTheReferenceAndBothDirectionsAgree) {
         // text: a run of white space is taken together with the character after it in search order,
         // which is a different character in each direction, so the directions may disagree there.
         auto is_space = [](T c) { return LiteralSearch<T>::IsWhiteSpace(c); };
-        auto meets_other = [&](T w) { return is_space(w) && std::ranges::any_of(text, [&](T c) { return is_space(c) && c != w; }); };
+        auto meets_other = [&](T w) {
+            return is_space(w) && std::ranges::any_of(text, [&](T c) { return is_space(c) && c != w; });
+        };
         if (options & poSkipSpaces && std::ranges::any_of(pattern, meets_other)) continue;
         agreements_skipping_spaces += (forward.found || backward.found) && options & poSkipSpaces;
         if (forward.found) {
-            ASSERT_EQ((Backward<T, LiteralScan::jump>(search, text, forward.end, forward.end - 1)), forward);
+            ASSERT_EQ((Backward<T, CandidateScan::jump>(search, text, forward.end, forward.end - 1)), forward);
         }
         if (backward.found) {
-            ASSERT_EQ((Forward<T, LiteralScan::jump>(search, text, backward.start, backward.start + 1)), backward);
+            ASSERT_EQ((Forward<T, CandidateScan::jump>(search, text, backward.start, backward.start + 1)), backward);
         }
     }
     // The trials must really find things, in both directions, and check agreement under skip spaces.

@@ -39,12 +39,12 @@ std::string Find(bool forward, std::string_view pattern, LONG options, std::stri
     std::string plain_result, jump_result;
     if (forward) {
         const T* limit = b + PatternSearchLimit(start, end, look_ahead, n);
-        plain_result = Describe(search.template FindForward<LiteralScan::plain>(b, b + n, b + start, limit, plain), plain, b);
-        jump_result = Describe(search.template FindForward<LiteralScan::jump>(b, b + n, b + start, limit, jump), jump, b);
+        plain_result = Describe(search.template FindForward<CandidateScan::plain>(b, b + n, b + start, limit, plain), plain, b);
+        jump_result = Describe(search.template FindForward<CandidateScan::jump>(b, b + n, b + start, limit, jump), jump, b);
     } else {
         const T* lower = b + PatternLowerLimit(start, end, look_ahead);
-        plain_result = Describe(search.template FindBackward<LiteralScan::plain>(b, b + n, b + end, lower, plain), plain, b);
-        jump_result = Describe(search.template FindBackward<LiteralScan::jump>(b, b + n, b + end, lower, jump), jump, b);
+        plain_result = Describe(search.template FindBackward<CandidateScan::plain>(b, b + n, b + end, lower, plain), plain, b);
+        jump_result = Describe(search.template FindBackward<CandidateScan::jump>(b, b + n, b + end, lower, jump), jump, b);
     }
     EXPECT_EQ(plain_result, jump_result) << "the scans disagree";
     return plain_result;

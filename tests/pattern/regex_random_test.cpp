@@ -1,5 +1,6 @@
 // The library's matcher and search driver (with its caches and first-item skipping) against the plain
-// reference, on random patterns, texts and search ranges, in both character widths.
+// reference, on random patterns, texts and search ranges, in both character widths; the driver that tries
+// every candidate must agree too.
 #include "pattern/pattern_template.h"
 #include "regex_reference.h"
 #include "regex_test_support.h"
@@ -80,6 +81,8 @@ void CompareWithReference(unsigned seed, int rounds, Tally& tally) {
             ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end))
                 << program.Dump() << " forward " << (from - b) << ".." << (limit - b);
             tally.found += found;
+            found = program.template FindForward<CandidateScan::plain>(b, z, from, limit, start, end);
+            ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end)) << "plain scan";
 
             const T* lower = b + pick(n + 1);
             const T* before = lower + pick(std::size_t(z - lower) + 1);
@@ -88,6 +91,8 @@ void CompareWithReference(unsigned seed, int rounds, Tally& tally) {
             ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end))
                 << program.Dump() << " backward " << (lower - b) << ".." << (before - b);
             tally.found += found;
+            found = program.template FindBackward<CandidateScan::plain>(b, z, lower, before, start, end);
+            ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end)) << "plain scan";
         }
     }
 }
