@@ -207,6 +207,45 @@ TYPED_TEST(LiteralSearchRandomTest, MatchesTheReferenceAndBothDirectionsAgree) {
     EXPECT_GT(agreements_skipping_spaces, kTrials / 40);
 }
 
+// Long texts of words, where the jumping search scans for a rare character of the pattern, compares far
+// candidates with the pattern and takes up the plain search after characters that end attempts.
+TYPED_TEST(LiteralSearchRandomTest, LongTextsOfWordsMatchTheReference) {
+    using T = TypeParam;
+    std::mt19937 random(1891);
+    auto below = [&](int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); };
+    const char* const words[] = {"the", "there", "therex", "x", "xx", "tree", "Rex", "ex", "THEREX", "a", "zz"};
+    const char separators[] = {' ', ' ', '\n', '\t', '.'};
+    int found = 0;
+    for (int trial = 0; trial < 3000; ++trial) {
+        std::basic_string<T> text;
+        const int length = 50 + below(3000);
+        const int rare_word = below(4) == 0 ? 0 : 2 + below(60);  // one word in this many may hold an x
+        while (static_cast<int>(text.size()) < length) {
+            const char* word = words[below(rare_word ? 3 : 11)];
+            if (rare_word && below(rare_word) == 0) word = words[2 + below(9)];
+            for (const char* c = word; *c; ++c) text += static_cast<T>(*c);
+            text += static_cast<T>(separators[below(below(3) == 0 ? 5 : 1)]);
+        }
+        std::basic_string<T> pattern;
+        for (const char* c = words[2 + below(3)]; *c; ++c) pattern += static_cast<T>(*c);
+        if (below(2) == 0) pattern = text.substr(below(static_cast<int>(text.size()) - 3), 1 + below(3) + below(5));
+        const LONG options = below(16);
+        const LONG n = static_cast<LONG>(text.size());
+        const LONG start = below(4) == 0 ? below(n) : 0;
+        const LiteralSearch<T> search(pattern, options);
+        const Reference<T> reference{text, pattern, options};
+        SCOPED_TRACE(testing::Message() << "trial " << trial << " options " << options << " start " << start);
+        const Result forward = reference.Forward(start, n, n);
+        ASSERT_EQ((Forward<T, CandidateScan::plain>(search, text, start, n)), forward);
+        ASSERT_EQ((Forward<T, CandidateScan::jump>(search, text, start, n)), forward);
+        const Result backward = reference.Backward(0, n - start, n);
+        ASSERT_EQ((Backward<T, CandidateScan::plain>(search, text, n - start, 0)), backward);
+        ASSERT_EQ((Backward<T, CandidateScan::jump>(search, text, n - start, 0)), backward);
+        found += forward.found + backward.found;
+    }
+    EXPECT_GT(found, 2000);
+}
+
 // The scanners of the jumping search against a plain loop, at every alignment and length.
 TYPED_TEST(LiteralSearchRandomTest, ScannersFindTheNearestCandidate) {
     using T = TypeParam;
