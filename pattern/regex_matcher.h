@@ -23,6 +23,12 @@
 // Stages are entered strictly in order, so at most one choice per stage is open at a time: the open
 // choices live in per-stage scratch, and no depth of program uses the machine stack.
 //
+// The search driver skips candidates that cannot match: when the program begins (after a "^", which
+// consumes nothing) with an item that must match one character, it scans for that item (memchr for a
+// literal) and tests the items that follow it one character each before running the program. Likewise a
+// closure that gives back tests the first item of the rest before running the rest, when that item must
+// match one character. These tests only turn down runs that would fail.
+//
 // Choices where the language leaves the outcome open:
 // - a closure over an item that matched without consuming anything (an end-of-line item, reachable only
 //   through a literal whose code equals a closure code) stops taking: it would take nothing forever;
@@ -86,6 +92,9 @@ private:
         bool closes = false;
         bool starts_at_line_end = false;  // its first unit is opLineEnd or opLineBreakEnd
         bool terminal = false;            // its first unit is 0: a run that reaches it has matched
+        // Its first item must match one character where it is entered (a plain or "+" item that consumes
+        // one): testing it alone turns most entries down before a run.
+        bool gated = false;
     };
     // Scratch of one stage. The open choice: entered at `entry`, tries the rest at `next`, not below `min`;
     // `settled` when the rest was accepted at the end of the buffer, so that its outcome is final;
@@ -112,11 +121,22 @@ private:
     template <typename Scan> Pos ScanForFirstItem(Scan scan) const noexcept;
     Pos SkipForward(Pos c, Pos limit) const noexcept;
     Pos SkipBackward(Pos c, Pos lower) const noexcept;
+    bool PrefixMatches(Pos c) const noexcept {
+        for (std::size_t k = filter_item_ + 1; k < prefix_end_; ++k) {
+            if (Test(items_[k], c + Pos(k - filter_item_)) < 0) return false;
+        }
+        return true;
+    }
 
     std::vector<Item> items_;
     std::vector<Stage> stages_;
     std::vector<StageState> states_;
-    bool filter_ = false;  // the first item is plain and consumes one character: candidates are filtered by it
+    // Candidates are filtered by items_[filter_item_], which must match one character at the candidate:
+    // the first item, or the one after a leading "^" (which consumes nothing).
+    bool filter_ = false;
+    std::size_t filter_item_ = 0;
+    // items_(filter_item_, prefix_end_) follow it one character each: a candidate must match them too.
+    std::size_t prefix_end_ = 0;
     RegexFailureSet failed_;
     std::uint32_t generation_ = 0;
     bool memory_ = false;
@@ -155,8 +175,18 @@ void DRegexMatcher<T>::Load(const T* program_begin, const T* program_end) {
     }
     if (!stages_.back().closes) stages_.back().last = items_.size();
     states_.resize(stages_.size());
-    const Item& first = items_.front();
-    filter_ = stages_.front().last > 0 && first.closure == Closure::kNone && first.single;
+    const auto consumes_one = [this](std::size_t k, const Stage& stage) {
+        const Item& item = items_[k];
+        return item.single && (item.closure == Closure::kNone ? k < stage.last : item.closure == Closure::kPlus);
+    };
+    for (Stage& stage : stages_) stage.gated = !stage.terminal && stage.first < items_.size() && consumes_one(stage.first, stage);
+    filter_item_ = Unit(*items_.front().at) == Codes::opLineStart && items_.front().closure == Closure::kNone ? 1 : 0;
+    filter_ = filter_item_ < items_.size() && consumes_one(filter_item_, stages_.front());
+    prefix_end_ = filter_item_ + 1;
+    while (filter_ && items_[prefix_end_ - 1].closure == Closure::kNone && prefix_end_ < items_.size() &&
+           consumes_one(prefix_end_, stages_.front())) {
+        ++prefix_end_;
+    }
     generation_ = 0;
 }
 
@@ -193,6 +223,7 @@ bool DRegexMatcher<T>::FindForward(const T* buffer_begin, const T* buffer_end, c
         if (kScan == CandidateScan::jump && filter_) {
             c = SkipForward(c, stop);
             if (c == stop) break;
+            if (!PrefixMatches(c)) continue;
         }
         Pos end = 0;
         if (Run(c, end)) {
@@ -214,6 +245,7 @@ bool DRegexMatcher<T>::FindBackward(const T* buffer_begin, const T* buffer_end, 
         if (kScan == CandidateScan::jump && filter_) {
             c = SkipBackward(c, lower);
             if (c < lower) break;
+            if (!PrefixMatches(c)) continue;
         }
         Pos end = 0;
         if (Run(c, end)) {
@@ -309,7 +341,7 @@ bool DRegexMatcher<T>::Retry(std::size_t s) noexcept {
             state.next = state.scan_low - 1;
             continue;
         }
-        if (r < n_ && !Failed(s + 1, r)) return true;
+        if (r < n_ && (!rest.gated || Test(items_[rest.first], r) > 0) && !Failed(s + 1, r)) return true;
         state.scan_low = state.next--;
     }
     return false;
@@ -343,7 +375,7 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::Greedy(StageState& state, const
 template <typename T>
 template <typename Scan>
 typename DRegexMatcher<T>::Pos DRegexMatcher<T>::ScanForFirstItem(Scan scan) const noexcept {
-    const T* item = items_.front().at;
+    const T* item = items_[filter_item_].at;
     const Unit op = Unit(*item);
     if (op == Codes::opClass) return scan([item](Unit c) { return Codes::InClass(item + 1, c); });
     if (op == Codes::opAnyChar) return scan([](Unit c) { return c != '\n'; });
@@ -353,7 +385,7 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::ScanForFirstItem(Scan scan) con
 template <typename T>
 typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipForward(Pos c, Pos limit) const noexcept {
     if constexpr (sizeof(T) == 1) {
-        const Unit op = Unit(*items_.front().at);
+        const Unit op = Unit(*items_[filter_item_].at);
         if (op != Codes::opClass && op != Codes::opAnyChar) {
             const void* hit = std::memchr(b_ + c, op, std::size_t(limit - c));
             return hit ? static_cast<const T*>(hit) - b_ : limit;
@@ -368,7 +400,7 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipForward(Pos c, Pos limit) c
 template <typename T>
 typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipBackward(Pos c, Pos lower) const noexcept {
     if constexpr (sizeof(T) == 1) {
-        const Unit op = Unit(*items_.front().at);
+        const Unit op = Unit(*items_[filter_item_].at);
         if (op != Codes::opClass && op != Codes::opAnyChar) {
             const void* hit = memrchr(b_ + lower, op, std::size_t(c + 1 - lower));
             return hit ? static_cast<const T*>(hit) - b_ : lower - 1;
