@@ -325,7 +325,7 @@ void Add(const std::string& name, Text text, Factory make) {
         }
         state.counters["matches"] = double(count);
         state.SetBytesProcessed(std::int64_t(state.iterations()) * std::int64_t(subject.size()));
-    })->Unit(benchmark::kMillisecond)->UseRealTime();
+    })->Unit(benchmark::kMillisecond);
 }
 
 // A literal beside memchr (for `rare`, its rarest byte in the text), memmem, std::string_view::find, RE2
