@@ -437,6 +437,10 @@ template <bool kFold, bool kSkipSpaces, typename TextIt, typename PatternIt>
 bool LiteralSearch<T>::Jump(TextIt buffer_first, TextIt buffer_last, TextIt from, TextIt limit,
                             PatternIt pattern, std::ptrdiff_t scanned, TextIt& begin, TextIt& end) const noexcept {
     using literal_search_detail::JumpStride;
+    // Comparing a candidate with the pattern, and looking back for a character that ends attempts, pays
+    // when the scanner skipped at least kCompareFrom characters; a character that ends attempts counts
+    // as close within kNear.
+    constexpr std::ptrdiff_t kCompareFrom = 16;
     constexpr std::ptrdiff_t kNear = 8;
     const T c = pattern[scanned];
     const T other_case = kFold && c >= 'a' && c <= 'z' ? static_cast<T>(c - ('a' - 'A')) : c;
@@ -461,7 +465,7 @@ bool LiteralSearch<T>::Jump(TextIt buffer_first, TextIt buffer_last, TextIt from
             const std::ptrdiff_t skipped = found - scanned - candidate;
             candidate = found - scanned;
             steps = stride.After(skipped);
-            if (!fixed_width_ || skipped < kNear || Matches<kFold>(candidate, buffer_last, pattern)) {
+            if (!fixed_width_ || skipped < kCompareFrom || Matches<kFold>(candidate, buffer_last, pattern)) {
                 break;
             }
             const TextIt lowest = candidate - t > kNear ? candidate - kNear : t;

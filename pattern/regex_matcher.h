@@ -41,10 +41,15 @@
 #include "pattern/regex_failure_set.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace scrivix {
 
@@ -121,6 +126,7 @@ private:
     template <typename Scan> Pos ScanForFirstItem(Scan scan) const noexcept;
     Pos SkipForward(Pos c, Pos limit) const noexcept;
     Pos SkipBackward(Pos c, Pos lower) const noexcept;
+    unsigned RangeHits(Pos at) const noexcept;
     bool PrefixMatches(Pos c) const noexcept {
         for (std::size_t k = filter_item_ + 1; k < prefix_end_; ++k) {
             if (Test(items_[k], c + Pos(k - filter_item_)) < 0) return false;
@@ -137,6 +143,10 @@ private:
     std::size_t filter_item_ = 0;
     // items_(filter_item_, prefix_end_) follow it one character each: a candidate must match them too.
     std::size_t prefix_end_ = 0;
+    // When the filter item is a class of one range of codes, [range_low_, range_low_ + range_span_], as
+    // the class looks them up: the scan tests a block of characters at a time.
+    bool range_class_ = false;
+    Unit range_low_ = 0, range_span_ = 0;
     RegexFailureSet failed_;
     std::uint32_t generation_ = 0;
     bool memory_ = false;
@@ -182,6 +192,19 @@ void DRegexMatcher<T>::Load(const T* program_begin, const T* program_end) {
     for (Stage& stage : stages_) stage.gated = !stage.terminal && stage.first < items_.size() && consumes_one(stage.first, stage);
     filter_item_ = Unit(*items_.front().at) == Codes::opLineStart && items_.front().closure == Closure::kNone ? 1 : 0;
     filter_ = filter_item_ < items_.size() && consumes_one(filter_item_, stages_.front());
+    range_class_ = false;
+    if (filter_ && Unit(*items_[filter_item_].at) == Codes::opClass) {
+        const T* bitmap = items_[filter_item_].at + 1;
+        unsigned low = 0;
+        while (low <= Codes::kCodeMask && !Codes::InClass(bitmap, Unit(low))) ++low;
+        unsigned high = low;
+        while (high < Codes::kCodeMask && Codes::InClass(bitmap, Unit(high + 1))) ++high;
+        unsigned after = high + 1;
+        while (after <= Codes::kCodeMask && !Codes::InClass(bitmap, Unit(after))) ++after;
+        range_class_ = low <= Codes::kCodeMask && after > Codes::kCodeMask;
+        range_low_ = Unit(low);
+        range_span_ = Unit(high - low);
+    }
     prefix_end_ = filter_item_ + 1;
     while (filter_ && items_[prefix_end_ - 1].closure == Closure::kNone && prefix_end_ < items_.size() &&
            consumes_one(prefix_end_, stages_.front())) {
@@ -391,6 +414,13 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipForward(Pos c, Pos limit) c
             return hit ? static_cast<const T*>(hit) - b_ : limit;
         }
     }
+#if defined(__SSE2__)
+    if (range_class_) {
+        for (constexpr Pos kBlock = 16 / sizeof(T); limit - c >= kBlock; c += kBlock) {
+            if (const unsigned hits = RangeHits(c)) return c + std::countr_zero(hits) / Pos(sizeof(T));
+        }
+    }
+#endif
     return ScanForFirstItem([&](auto accepts) {
         while (c < limit && !accepts(Unit(b_[c]))) ++c;
         return c;
@@ -406,10 +436,42 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipBackward(Pos c, Pos lower) 
             return hit ? static_cast<const T*>(hit) - b_ : lower - 1;
         }
     }
+#if defined(__SSE2__)
+    if (range_class_) {
+        for (constexpr Pos kBlock = 16 / sizeof(T); c + 1 - lower >= kBlock; c -= kBlock) {
+            if (const unsigned hits = RangeHits(c + 1 - kBlock)) {
+                return c + 1 - kBlock + (31 - std::countl_zero(hits)) / Pos(sizeof(T));
+            }
+        }
+    }
+#endif
     return ScanForFirstItem([&](auto accepts) {
         while (c >= lower && !accepts(Unit(b_[c]))) --c;
         return c;
     });
+}
+
+// The 16 bytes at position `at`: one bit per byte of each character in the range class (both bytes of a
+// 16-bit one). A code is in the range when its distance above the low end, wrapping, is at most the span.
+template <typename T>
+unsigned DRegexMatcher<T>::RangeHits(Pos at) const noexcept {
+#if defined(__SSE2__)
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b_ + at));
+    if constexpr (sizeof(T) == 1) {
+        const __m128i code = _mm_and_si128(block, _mm_set1_epi8(char(Codes::kCodeMask)));
+        const __m128i above = _mm_sub_epi8(code, _mm_set1_epi8(char(range_low_)));
+        const __m128i beyond = _mm_subs_epu8(above, _mm_set1_epi8(char(range_span_)));
+        return unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(beyond, _mm_setzero_si128())));
+    } else {
+        const __m128i code = _mm_and_si128(block, _mm_set1_epi16(short(Codes::kCodeMask)));
+        const __m128i above = _mm_sub_epi16(code, _mm_set1_epi16(short(range_low_)));
+        const __m128i beyond = _mm_subs_epu16(above, _mm_set1_epi16(short(range_span_)));
+        return unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())));
+    }
+#else
+    (void)at;
+    return 0;
+#endif
 }
 
 }  // namespace scrivix
