@@ -64,13 +64,16 @@ public:
     bool Match(const T* buffer_begin, const T* buffer_end, const T* candidate, const T*& match_end) noexcept {
         return matcher_.Match(buffer_begin, buffer_end, candidate, match_end);
     }
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                      const T*& match_start, const T*& match_end) noexcept {
-        return matcher_.FindForward(buffer_begin, buffer_end, from, limit, match_start, match_end);
+        return matcher_.template FindForward<kScan>(buffer_begin, buffer_end, from, limit, match_start, match_end);
     }
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit, const T* before,
                       const T*& match_start, const T*& match_end) noexcept {
-        return matcher_.FindBackward(buffer_begin, buffer_end, lower_limit, before, match_start, match_end);
+        return matcher_.template FindBackward<kScan>(buffer_begin, buffer_end, lower_limit, before, match_start,
+                                                     match_end);
     }
 
 private:

@@ -23,6 +23,12 @@
 // Stages are entered strictly in order, so at most one choice per stage is open at a time: the open
 // choices live in per-stage scratch, and no depth of program uses the machine stack.
 //
+// The search driver skips candidates that cannot match: when the program begins (after a "^", which
+// consumes nothing) with an item that must match one character, it scans for that item (memchr for a
+// literal) and tests the items that follow it one character each before running the program. Likewise a
+// closure that gives back tests the first item of the rest before running the rest, when that item must
+// match one character. These tests only turn down runs that would fail.
+//
 // Choices where the language leaves the outcome open:
 // - a closure over an item that matched without consuming anything (an end-of-line item, reachable only
 //   through a literal whose code equals a closure code) stops taking: it would take nothing forever;
@@ -30,14 +36,20 @@
 //   no bound on the time).
 #pragma once
 
+#include "pattern/candidate_scan.h"
 #include "pattern/regex_codes.h"
 #include "pattern/regex_failure_set.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace scrivix {
 
@@ -57,12 +69,15 @@ public:
 
     // The first candidate c = from, from + 1, ... while c < limit at which the program matches. The match
     // may run on past limit, up to buffer_end. from and limit lie in the buffer; from >= limit finds nothing.
+    // With CandidateScan::plain every candidate is run, none skipped by its first item.
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                      const T*& match_start, const T*& match_end) noexcept;
 
     // The highest candidate c with lower_limit <= c < before at which the program matches, trying c =
     // before - 1, before - 2, ... The match may run on past before, up to buffer_end. lower_limit and before
     // lie in the buffer; lower_limit >= before finds nothing.
+    template <CandidateScan kScan = CandidateScan::jump>
     bool FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit, const T* before,
                       const T*& match_start, const T*& match_end) noexcept;
 
@@ -82,6 +97,9 @@ private:
         bool closes = false;
         bool starts_at_line_end = false;  // its first unit is opLineEnd or opLineBreakEnd
         bool terminal = false;            // its first unit is 0: a run that reaches it has matched
+        // Its first item must match one character where it is entered (a plain or "+" item that consumes
+        // one): testing it alone turns most entries down before a run.
+        bool gated = false;
     };
     // Scratch of one stage. The open choice: entered at `entry`, tries the rest at `next`, not below `min`;
     // `settled` when the rest was accepted at the end of the buffer, so that its outcome is final;
@@ -108,11 +126,27 @@ private:
     template <typename Scan> Pos ScanForFirstItem(Scan scan) const noexcept;
     Pos SkipForward(Pos c, Pos limit) const noexcept;
     Pos SkipBackward(Pos c, Pos lower) const noexcept;
+    unsigned RangeHits(Pos at) const noexcept;
+    bool PrefixMatches(Pos c) const noexcept {
+        for (std::size_t k = filter_item_ + 1; k < prefix_end_; ++k) {
+            if (Test(items_[k], c + Pos(k - filter_item_)) < 0) return false;
+        }
+        return true;
+    }
 
     std::vector<Item> items_;
     std::vector<Stage> stages_;
     std::vector<StageState> states_;
-    bool filter_ = false;  // the first item is plain and consumes one character: candidates are filtered by it
+    // Candidates are filtered by items_[filter_item_], which must match one character at the candidate:
+    // the first item, or the one after a leading "^" (which consumes nothing).
+    bool filter_ = false;
+    std::size_t filter_item_ = 0;
+    // items_(filter_item_, prefix_end_) follow it one character each: a candidate must match them too.
+    std::size_t prefix_end_ = 0;
+    // When the filter item is a class of one range of codes, [range_low_, range_low_ + range_span_], as
+    // the class looks them up: the scan tests a block of characters at a time.
+    bool range_class_ = false;
+    Unit range_low_ = 0, range_span_ = 0;
     RegexFailureSet failed_;
     std::uint32_t generation_ = 0;
     bool memory_ = false;
@@ -151,8 +185,31 @@ void DRegexMatcher<T>::Load(const T* program_begin, const T* program_end) {
     }
     if (!stages_.back().closes) stages_.back().last = items_.size();
     states_.resize(stages_.size());
-    const Item& first = items_.front();
-    filter_ = stages_.front().last > 0 && first.closure == Closure::kNone && first.single;
+    const auto consumes_one = [this](std::size_t k, const Stage& stage) {
+        const Item& item = items_[k];
+        return item.single && (item.closure == Closure::kNone ? k < stage.last : item.closure == Closure::kPlus);
+    };
+    for (Stage& stage : stages_) stage.gated = !stage.terminal && stage.first < items_.size() && consumes_one(stage.first, stage);
+    filter_item_ = Unit(*items_.front().at) == Codes::opLineStart && items_.front().closure == Closure::kNone ? 1 : 0;
+    filter_ = filter_item_ < items_.size() && consumes_one(filter_item_, stages_.front());
+    range_class_ = false;
+    if (filter_ && Unit(*items_[filter_item_].at) == Codes::opClass) {
+        const T* bitmap = items_[filter_item_].at + 1;
+        unsigned low = 0;
+        while (low <= Codes::kCodeMask && !Codes::InClass(bitmap, Unit(low))) ++low;
+        unsigned high = low;
+        while (high < Codes::kCodeMask && Codes::InClass(bitmap, Unit(high + 1))) ++high;
+        unsigned after = high + 1;
+        while (after <= Codes::kCodeMask && !Codes::InClass(bitmap, Unit(after))) ++after;
+        range_class_ = low <= Codes::kCodeMask && after > Codes::kCodeMask;
+        range_low_ = Unit(low);
+        range_span_ = Unit(high - low);
+    }
+    prefix_end_ = filter_item_ + 1;
+    while (filter_ && items_[prefix_end_ - 1].closure == Closure::kNone && prefix_end_ < items_.size() &&
+           consumes_one(prefix_end_, stages_.front())) {
+        ++prefix_end_;
+    }
     generation_ = 0;
 }
 
@@ -180,14 +237,16 @@ bool DRegexMatcher<T>::Match(const T* buffer_begin, const T* buffer_end, const T
 }
 
 template <typename T>
+template <CandidateScan kScan>
 bool DRegexMatcher<T>::FindForward(const T* buffer_begin, const T* buffer_end, const T* from, const T* limit,
                                    const T*& match_start, const T*& match_end) noexcept {
     BeginSearch(buffer_begin, buffer_end);
     const Pos stop = std::min<Pos>(limit - b_, n_);
     for (Pos c = std::max<Pos>(from - b_, 0); c < stop; ++c) {
-        if (filter_) {
+        if (kScan == CandidateScan::jump && filter_) {
             c = SkipForward(c, stop);
             if (c == stop) break;
+            if (!PrefixMatches(c)) continue;
         }
         Pos end = 0;
         if (Run(c, end)) {
@@ -200,14 +259,16 @@ bool DRegexMatcher<T>::FindForward(const T* buffer_begin, const T* buffer_end, c
 }
 
 template <typename T>
+template <CandidateScan kScan>
 bool DRegexMatcher<T>::FindBackward(const T* buffer_begin, const T* buffer_end, const T* lower_limit,
                                     const T* before, const T*& match_start, const T*& match_end) noexcept {
     BeginSearch(buffer_begin, buffer_end);
     const Pos lower = std::max<Pos>(lower_limit - b_, 0);
     for (Pos c = std::min<Pos>(before - b_, n_) - 1; c >= lower; --c) {
-        if (filter_) {
+        if (kScan == CandidateScan::jump && filter_) {
             c = SkipBackward(c, lower);
             if (c < lower) break;
+            if (!PrefixMatches(c)) continue;
         }
         Pos end = 0;
         if (Run(c, end)) {
@@ -303,7 +364,7 @@ bool DRegexMatcher<T>::Retry(std::size_t s) noexcept {
             state.next = state.scan_low - 1;
             continue;
         }
-        if (r < n_ && !Failed(s + 1, r)) return true;
+        if (r < n_ && (!rest.gated || Test(items_[rest.first], r) > 0) && !Failed(s + 1, r)) return true;
         state.scan_low = state.next--;
     }
     return false;
@@ -337,7 +398,7 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::Greedy(StageState& state, const
 template <typename T>
 template <typename Scan>
 typename DRegexMatcher<T>::Pos DRegexMatcher<T>::ScanForFirstItem(Scan scan) const noexcept {
-    const T* item = items_.front().at;
+    const T* item = items_[filter_item_].at;
     const Unit op = Unit(*item);
     if (op == Codes::opClass) return scan([item](Unit c) { return Codes::InClass(item + 1, c); });
     if (op == Codes::opAnyChar) return scan([](Unit c) { return c != '\n'; });
@@ -347,12 +408,19 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::ScanForFirstItem(Scan scan) con
 template <typename T>
 typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipForward(Pos c, Pos limit) const noexcept {
     if constexpr (sizeof(T) == 1) {
-        const Unit op = Unit(*items_.front().at);
+        const Unit op = Unit(*items_[filter_item_].at);
         if (op != Codes::opClass && op != Codes::opAnyChar) {
             const void* hit = std::memchr(b_ + c, op, std::size_t(limit - c));
             return hit ? static_cast<const T*>(hit) - b_ : limit;
         }
     }
+#if defined(__SSE2__)
+    if (range_class_) {
+        for (constexpr Pos kBlock = 16 / sizeof(T); limit - c >= kBlock; c += kBlock) {
+            if (const unsigned hits = RangeHits(c)) return c + std::countr_zero(hits) / Pos(sizeof(T));
+        }
+    }
+#endif
     return ScanForFirstItem([&](auto accepts) {
         while (c < limit && !accepts(Unit(b_[c]))) ++c;
         return c;
@@ -362,16 +430,48 @@ typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipForward(Pos c, Pos limit) c
 template <typename T>
 typename DRegexMatcher<T>::Pos DRegexMatcher<T>::SkipBackward(Pos c, Pos lower) const noexcept {
     if constexpr (sizeof(T) == 1) {
-        const Unit op = Unit(*items_.front().at);
+        const Unit op = Unit(*items_[filter_item_].at);
         if (op != Codes::opClass && op != Codes::opAnyChar) {
             const void* hit = memrchr(b_ + lower, op, std::size_t(c + 1 - lower));
             return hit ? static_cast<const T*>(hit) - b_ : lower - 1;
         }
     }
+#if defined(__SSE2__)
+    if (range_class_) {
+        for (constexpr Pos kBlock = 16 / sizeof(T); c + 1 - lower >= kBlock; c -= kBlock) {
+            if (const unsigned hits = RangeHits(c + 1 - kBlock)) {
+                return c + 1 - kBlock + (31 - std::countl_zero(hits)) / Pos(sizeof(T));
+            }
+        }
+    }
+#endif
     return ScanForFirstItem([&](auto accepts) {
         while (c >= lower && !accepts(Unit(b_[c]))) --c;
         return c;
     });
+}
+
+// The 16 bytes at position `at`: one bit per byte of each character in the range class (both bytes of a
+// 16-bit one). A code is in the range when its distance above the low end, wrapping, is at most the span.
+template <typename T>
+unsigned DRegexMatcher<T>::RangeHits(Pos at) const noexcept {
+#if defined(__SSE2__)
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b_ + at));
+    if constexpr (sizeof(T) == 1) {
+        const __m128i code = _mm_and_si128(block, _mm_set1_epi8(char(Codes::kCodeMask)));
+        const __m128i above = _mm_sub_epi8(code, _mm_set1_epi8(char(range_low_)));
+        const __m128i beyond = _mm_subs_epu8(above, _mm_set1_epi8(char(range_span_)));
+        return unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(beyond, _mm_setzero_si128())));
+    } else {
+        const __m128i code = _mm_and_si128(block, _mm_set1_epi16(short(Codes::kCodeMask)));
+        const __m128i above = _mm_sub_epi16(code, _mm_set1_epi16(short(range_low_)));
+        const __m128i beyond = _mm_subs_epu16(above, _mm_set1_epi16(short(range_span_)));
+        return unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())));
+    }
+#else
+    (void)at;
+    return 0;
+#endif
 }
 
 }  // namespace scrivix

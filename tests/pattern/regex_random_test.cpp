@@ -1,5 +1,6 @@
 // The library's matcher and search driver (with its caches and first-item skipping) against the plain
-// reference, on random patterns, texts and search ranges, in both character widths.
+// reference, on random patterns, texts and search ranges, in both character widths; the driver that tries
+// every candidate must agree too.
 #include "pattern/pattern_template.h"
 #include "regex_reference.h"
 #include "regex_test_support.h"
@@ -80,6 +81,8 @@ void CompareWithReference(unsigned seed, int rounds, Tally& tally) {
             ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end))
                 << program.Dump() << " forward " << (from - b) << ".." << (limit - b);
             tally.found += found;
+            found = program.template FindForward<CandidateScan::plain>(b, z, from, limit, start, end);
+            ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end)) << "plain scan";
 
             const T* lower = b + pick(n + 1);
             const T* before = lower + pick(std::size_t(z - lower) + 1);
@@ -88,6 +91,8 @@ void CompareWithReference(unsigned seed, int rounds, Tally& tally) {
             ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end))
                 << program.Dump() << " backward " << (lower - b) << ".." << (before - b);
             tally.found += found;
+            found = program.template FindBackward<CandidateScan::plain>(b, z, lower, before, start, end);
+            ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end)) << "plain scan";
         }
     }
 }
@@ -144,6 +149,47 @@ TEST(RegexRandom, LongTextsMatchTheReference) {
     CompareOnLongTexts<char>(7, 10000, tally);
     CompareOnLongTexts<char16_t>(8, 10000, tally);
     EXPECT_GT(tally.found, 20000);
+}
+
+// Programs led by a class, on texts long enough for the scan over blocks of characters; codes whose low
+// bits land in the class (0xE1, 0x8061) count as in it.
+template <typename T>
+void CompareClassScans(unsigned seed, int rounds, Tally& tally) {
+    std::mt19937 random(seed);
+    const auto pick = [&random](std::size_t n) { return std::size_t(random() % n); };
+    const std::vector<std::basic_string<T>> leads = {Widen<T>("[a-b]"), Widen<T>("[b-c]"), Widen<T>("[^a]"),
+                                                     Widen<T>("[c]"),   Widen<T>("^[b]"),  Widen<T>("[\\n\\r]")};
+    const std::vector<std::basic_string<T>> rests = {Widen<T>(""), Widen<T>("a"), Widen<T>("b+"), Widen<T>("c*a")};
+    const std::vector<T> alphabet = {T('a'), T('c'), T('c'), T('c'), T('\n'), T(sizeof(T) == 1 ? 0xE1 : 0x8061)};
+    DPatternTemplate<T> program;
+    for (int round = 0; round < rounds; ++round) {
+        ASSERT_EQ(program.Compile(leads[pick(leads.size())] + rests[pick(rests.size())]), peNone);
+        std::basic_string<T> text;
+        for (std::size_t k = pick(200); k > 0; --k) text += pick(6) == 0 ? T('b') : alphabet[pick(alphabet.size())];
+        const T* b = text.data();
+        const T* z = b + text.size();
+        const ReferenceRegex<T> reference(program.ProgramBegin(), program.ProgramEnd(), b, z);
+        const auto where = [b](bool found, const T* start, const T* end) {
+            return found ? Span{start - b, end - b} : kNone;
+        };
+        const T *start = nullptr, *end = nullptr, *expected_start = nullptr, *expected_end = nullptr;
+        const T* from = b + pick(text.size() + 1);
+        bool found = program.FindForward(b, z, from, z, start, end);
+        bool expected = reference.FindForward(from, z, expected_start, expected_end);
+        ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end)) << program.Dump();
+        tally.found += found;
+        found = program.FindBackward(b, z, b, from, start, end);
+        expected = reference.FindBackward(b, from, expected_start, expected_end);
+        ASSERT_EQ(where(found, start, end), where(expected, expected_start, expected_end)) << program.Dump();
+        tally.found += found;
+    }
+}
+
+TEST(RegexRandom, ClassScansMatchTheReference) {
+    Tally tally;
+    CompareClassScans<char>(11, 5000, tally);
+    CompareClassScans<char16_t>(12, 5000, tally);
+    EXPECT_GT(tally.found, 10000);
 }
 
 }  // namespace

@@ -66,8 +66,9 @@ TEST_F(Find, PatternOptions) {
         {{"-i"}, "FOO", "t.txt:1:1:Foo foo\nt.txt:1:5:Foo foo\nt.txt:2:1:foobar\nt.txt:3:1:foo\tbar\n"},
         // Whole words are bounded by white space.
         {{"-w"}, "foo", "t.txt:1:5:Foo foo\nt.txt:3:1:foo\tbar\n"},
-        // A space of the pattern stands for a run of other white space.
-        {{"-s"}, "foo bar", "t.txt:3:1:foo\tbar\n"},
+        // A space of the pattern stands for any one character that is no white space (or for a run of other
+        // white space together with the character after it).
+        {{"-s"}, "fo bar", "t.txt:2:1:foobar\n"},
         {{"-e"}, "f[o]+b", "t.txt:2:1:foobar\n"},
         {{"-e"}, "^foo", "t.txt:2:1:foobar\nt.txt:3:1:foo\tbar\n"},
         {{"-wi"}, "FOO", "t.txt:1:1:Foo foo\nt.txt:1:5:Foo foo\nt.txt:3:1:foo\tbar\n"},
