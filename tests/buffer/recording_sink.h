@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/com_ptr.h"
+#include "support/client_sink.h"
 
 #include <gtest/gtest.h>
 
@@ -24,28 +25,11 @@ struct Modification {
     }
 };
 
-class RecordingSink final : public _IEditBufferEvents {
+class RecordingSink final : public ClientSink<_IEditBufferEvents> {
 public:
     using Hook = std::function<void(const Modification&)>;
     explicit RecordingSink(Hook hook = {}) : hook_(std::move(hook)) {}
-    ~RecordingSink() { EXPECT_EQ(refs_.load(), 0u) << "a connection still holds the sink"; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IDispatch && iid != IID__IEditBufferEvents) return E_NOINTERFACE;
-        *ppv = static_cast<_IEditBufferEvents*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++refs_; }
-    ULONG STDMETHODCALLTYPE Release() override { return --refs_; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        return E_NOTIMPL;
-    }
 
     HRESULT STDMETHODCALLTYPE Modified(LONG Origin, LONG OldLength, LONG NewLength) override {
         const Modification call{Origin, OldLength, NewLength};
@@ -61,11 +45,9 @@ public:
         std::lock_guard guard(mutex_);
         return calls_;
     }
-    ULONG References() const { return refs_; }
 
 private:
     Hook hook_;
-    std::atomic<ULONG> refs_{0};
     mutable std::mutex mutex_;
     std::vector<Modification> calls_;
 };

@@ -2,6 +2,7 @@
 // tests' own with the bytes checked, empty and odd-sized streams, ranges, and loads that fail and must
 // leave the buffer exactly as it was.
 #include "support/buffer_widths.h"
+#include "support/client_sink.h"
 #include "support/error_record.h"
 #include "support/memory_stream.h"
 #include "support/temp_dir.h"
@@ -25,7 +26,7 @@ constexpr HRESULT kOpenFailed = static_cast<HRESULT>(0x80042715u);
 constexpr HRESULT kTooLarge = static_cast<HRESULT>(0x80042717u);
 
 // Records the buffer's Modified events while connected.
-class ModifiedLog final : public _IEditBufferEvents {
+class ModifiedLog final : public test::ClientSink<_IEditBufferEvents> {
 public:
     explicit ModifiedLog(IEditBuffer* buffer) {
         ComPtr<IConnectionPointContainer> container;
@@ -37,20 +38,6 @@ public:
 
     std::vector<std::array<LONG, 3>> events;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
-        *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IDispatch && iid != IID__IEditBufferEvents) return E_NOINTERFACE;
-        *ppv = static_cast<_IEditBufferEvents*>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        return E_NOTIMPL;
-    }
     HRESULT STDMETHODCALLTYPE Modified(LONG origin, LONG old_length, LONG new_length) override {
         events.push_back({origin, old_length, new_length});
         return S_OK;

@@ -6,6 +6,7 @@
 
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
+#include "support/client_sink.h"
 
 #include <gtest/gtest.h>
 
@@ -37,28 +38,11 @@ struct Event {
 };
 using Events = std::vector<Event>;
 
-class SegmentSink final : public _ITextSegmentEvents {
+class SegmentSink final : public ClientSink<_ITextSegmentEvents> {
 public:
     using Hook = std::function<void(const Event&)>;
     explicit SegmentSink(Hook hook = {}) : hook_(std::move(hook)) {}
-    ~SegmentSink() { EXPECT_EQ(refs_.load(), 0u) << "a connection still holds the sink"; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IDispatch && iid != IID__ITextSegmentEvents) return E_NOINTERFACE;
-        *ppv = static_cast<_ITextSegmentEvents*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++refs_; }
-    ULONG STDMETHODCALLTYPE Release() override { return --refs_; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        return E_NOTIMPL;
-    }
 
     HRESULT STDMETHODCALLTYPE Modified(LONG Origin, LONG OldLength, LONG NewLength) override {
         return Record(Event::Modified(Origin, OldLength, NewLength));
@@ -69,7 +53,6 @@ public:
     HRESULT answer = S_OK;
     // The calls received so far; taking them starts a new record.
     Events Take() { return std::exchange(calls_, {}); }
-    ULONG References() const { return refs_; }
 
 private:
     HRESULT Record(const Event& event) {
@@ -79,7 +62,6 @@ private:
     }
 
     Hook hook_;
-    std::atomic<ULONG> refs_{0};
     Events calls_;
 };
 
