@@ -1,24 +1,23 @@
-// The pattern iterator against its floor. Over a 256 MiB English-like text it visits (a) every
-// occurrence of "the " (millions of stops) and (b) a rare word while it steps over bracketed comments,
-// beside a direct loop that makes the same patterns' Find calls, pass for pass, over one buffer segment
-// of the same buffer. The difference is what each Next adds: its buffer segment made by class name, the
-// read lock, the segment it hands out, the calls through the interfaces.
-//
-// The source is a text segment stand-in of the tests (tests/iterator/text_segment_double.h), which does
-// what a segment does for an iterator: a buffer segment of the buffer's SegmentClass per SegmentBuffer,
-// a new segment per SubSection.
+// The pattern iterator against its floor. Over a 256 MiB English-like text, loaded from a file into a
+// text segment, it visits (a) every occurrence of "the " (millions of stops) and (b) a rare word while it
+// steps over bracketed comments, beside a direct loop that makes the same patterns' Find calls, pass for
+// pass, over one buffer segment of the same buffer. The difference is what each Next adds: the buffer
+// segment that the source makes for it by class name, the read lock, the segment it hands out, the calls
+// through the interfaces.
 #include "frame/class_name.h"
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
-#include "tests/iterator/text_segment_double.h"
 
 #include <benchmark/benchmark.h>
+
+#include <stdlib.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
-#include <vector>
 
 namespace scrivix {
 namespace {
@@ -38,64 +37,67 @@ const char* const kWords[] = {
     "country", "against", "thought", "without", "government", "something", "question", "together",
     "therefore", "another", "mother", "other", "weather", "themselves", "breathe", "theatre"};
 
-// The text, made once: words, commas and full stops, line breaks, now and then a bracketed comment, and
+// The text: words, commas and full stops, line breaks, now and then a bracketed comment, and
 // the rare word about every 256 KiB, in the open and (as often) inside a comment, where it is ignored.
-const std::string& Text() {
-    static const std::string text = [] {
-        std::string out;
-        out.reserve(kTextBytes + 256);
-        uint64_t state = 0x9E3779B97F4A7C15u;
-        const auto next = [&state] {
-            state ^= state << 13;
-            state ^= state >> 7;
-            state ^= state << 17;
-            return state;
-        };
-        constexpr size_t kWordCount = sizeof(kWords) / sizeof(kWords[0]);
-        size_t line = 0;
-        while (out.size() < kTextBytes) {
-            const uint64_t r = next();
-            const size_t before = out.size();
-            if (r % 16 == 0) {
-                out += "the";
-            } else if (r % 2048 == 1) {
-                out += "[see ";
-                out += kWords[(r >> 20) % kWordCount];
-                if ((r >> 40) % 64 == 0) out += " quixotic";
-                out += "]";
-            } else if (r % 65536 == 3) {
-                out += "quixotic";
-            } else {
-                out += kWords[(r >> 8) % kWordCount];
-            }
-            line += out.size() - before;
-            const uint64_t mark = (r >> 32) % 20;
-            if (mark == 0) out += ',';
-            else if (mark == 1) out += '.';
-            if (line > 72) {
-                out += '\n';
-                line = 0;
-            } else {
-                out += ' ';
-            }
+std::string Text() {
+    std::string out;
+    out.reserve(kTextBytes + 256);
+    uint64_t state = 0x9E3779B97F4A7C15u;
+    const auto next = [&state] {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        return state;
+    };
+    constexpr size_t kWordCount = sizeof(kWords) / sizeof(kWords[0]);
+    size_t line = 0;
+    while (out.size() < kTextBytes) {
+        const uint64_t r = next();
+        const size_t before = out.size();
+        if (r % 16 == 0) {
+            out += "the";
+        } else if (r % 2048 == 1) {
+            out += "[see ";
+            out += kWords[(r >> 20) % kWordCount];
+            if ((r >> 40) % 64 == 0) out += " quixotic";
+            out += "]";
+        } else if (r % 65536 == 3) {
+            out += "quixotic";
+        } else {
+            out += kWords[(r >> 8) % kWordCount];
         }
-        out.resize(kTextBytes);
-        return out;
-    }();
-    return text;
+        line += out.size() - before;
+        const uint64_t mark = (r >> 32) % 20;
+        if (mark == 0) out += ',';
+        else if (mark == 1) out += '.';
+        if (line > 72) {
+            out += '\n';
+            line = 0;
+        } else {
+            out += ' ';
+        }
+    }
+    out.resize(kTextBytes);
+    return out;
 }
 
-ComPtr<IEditBuffer> TextBuffer() {
-    static const ComPtr<IEditBuffer> buffer = [] {
-        ComPtr<IEditBuffer> made;
-        const std::string& text = Text();
-        if (FAILED(CoCreateInstance(CLSID_EditBufferA, nullptr, CLSCTX_ALL, IID_IEditBuffer, made.PutVoid())) ||
-            FAILED(made->ASCIIText(reinterpret_cast<unsigned char*>(const_cast<char*>(text.data())),
-                                   static_cast<LONG>(text.size()))))
-            std::abort();
+// A text segment of the default 8-bit buffer class with the text, loaded once from a file in a
+// directory of its own, which goes as soon as the text is in the buffer.
+ComPtr<ITextSegment> TextSource() {
+    static const ComPtr<ITextSegment> source = [] {
+        std::string directory = (std::filesystem::temp_directory_path() / "scrivix-bench-XXXXXX").string();
+        if (!mkdtemp(directory.data())) std::abort();
+        const std::string path = directory + "/text";
+        std::ofstream(path, std::ios::binary) << Text();
+        ComPtr<ITextSegment> made;
+        LONG actual = 0;
+        const HRESULT hr = CreateFromClassName(Bstr(u"Scrivix.TextSegment").Get(), made);
+        if (SUCCEEDED(hr)) made->LoadFile(Bstr(std::u16string(path.begin(), path.end())).Get(), file_in, &actual);
+        std::filesystem::remove_all(directory);
+        if (FAILED(hr) || actual != static_cast<LONG>(kTextBytes)) std::abort();
         return made;
     }();
-    return buffer;
+    return source;
 }
 
 ComPtr<IPattern> NewPattern(const char16_t* text, LONG options) {
@@ -118,13 +120,10 @@ void Report(benchmark::State& state, int64_t stops) {
     state.counters["stops"] = static_cast<double>(stops);
 }
 
-// Next after Next over a segment of the whole buffer, taking each segment handed out (or, without
+// Next after Next over the segment of the whole buffer, taking each segment handed out (or, without
 // `take_found`, asking for none: what the segment made for each stop costs).
 void Iterate(benchmark::State& state, const Search& search, bool take_found = true) {
-    const auto buffer = TextBuffer();
-    LONG length = 0;
-    buffer->Length(&length);
-    const auto source = test::TextSegmentDouble::Over(buffer, 0, length);
+    const auto source = TextSource();
     ComPtr<IPatternIterator> iterator;
     if (FAILED(CreateFromClassName(Bstr(u"Scrivix.PatternIterator").Get(), iterator)) ||
         FAILED(iterator->put_Source(source.Get())) || FAILED(iterator->AddTarget(search.target.Get(), nullptr)) ||
@@ -149,11 +148,9 @@ void Iterate(benchmark::State& state, const Search& search, bool take_found = tr
 // from p within the look-ahead; the target is taken unless an ignore occurrence begins at or before it;
 // else on behind the ignore occurrence, or by the look-ahead.
 void FindDirectly(benchmark::State& state, const Search& search) {
-    const auto buffer = TextBuffer();
-    ComPtr<IBufferSegment> view;
-    if (FAILED(CoCreateInstance(CLSID_BufferSegmentA, nullptr, CLSCTX_ALL, IID_IBufferSegment, view.PutVoid())) ||
-        FAILED(view->put_Source(0, 0, buffer.Get())))
-        std::abort();
+    ComPtr<IUnknown> buffer_lock;
+    if (FAILED(TextSource()->SegmentBuffer(buffer_lock.Put()))) std::abort();
+    const auto view = buffer_lock.As<IBufferSegment>();
     LONG n = 0;
     LONG look_ahead = 0;
     view->Length(&n);

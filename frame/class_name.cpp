@@ -22,26 +22,51 @@ HRESULT CreateFromClassName(BSTR name, REFIID iid, void** ppv) {
     return object->QueryInterface(iid, ppv);
 }
 
+ClassNameProperty::ClassNameProperty(const ClassNameProperty& other) {
+    std::lock_guard guard(other.mutex_);
+    owned_ = other.owned_;
+    text_ = other.text_;
+    length_ = other.length_;
+}
+
+ClassNameProperty& ClassNameProperty::operator=(const ClassNameProperty& other) {
+    if (this == &other) return *this;
+    std::unique_lock from(other.mutex_);
+    std::shared_ptr<const std::u16string> owned = other.owned_;
+    const OLECHAR* text = other.text_;
+    const size_t length = other.length_;
+    from.unlock();
+    std::lock_guard guard(mutex_);
+    // The old value goes when `owned` does, outside the lock.
+    owned_.swap(owned);
+    text_ = text;
+    length_ = length;
+    return *this;
+}
+
 HRESULT ClassNameProperty::Get(BSTR* out) const {
     if (!out) return E_POINTER;
     *out = nullptr;
     std::lock_guard guard(mutex_);
-    if (value_.IsNull()) return S_OK;
-    return CopyToBstr(value_.View(), out);
+    if (!text_) return S_OK;
+    return CopyToBstr({text_, length_}, out);
 }
 
 HRESULT ClassNameProperty::Put(BSTR name) {
     return Guarded([&] {
-        Bstr copy = name ? Bstr(Bstr::View(name)) : Bstr();
+        std::shared_ptr<const std::u16string> owned;
+        if (name) owned = std::make_shared<const std::u16string>(Bstr::View(name));
         std::lock_guard guard(mutex_);
-        value_ = std::move(copy);
+        owned_.swap(owned);
+        text_ = owned_ ? owned_->c_str() : nullptr;
+        length_ = owned_ ? owned_->size() : 0;
         return S_OK;
     });
 }
 
 Bstr ClassNameProperty::Value() const {
     std::lock_guard guard(mutex_);
-    return value_;
+    return text_ ? Bstr(std::u16string_view(text_, length_)) : Bstr();
 }
 
 }  // namespace scrivix

@@ -7,7 +7,9 @@
 
 #include <scrivix/scrivix.h>
 
+#include <memory>
 #include <mutex>
+#include <string>
 
 namespace scrivix {
 
@@ -21,11 +23,21 @@ HRESULT CreateFromClassName(BSTR name, ComPtr<I>& out) {
     return CreateFromClassName(name, uuidof<I>(), out.PutVoid());
 }
 
-// A class-name property: holds a copy of a string, or null. Get hands out a new copy (null stays null),
-// put stores a copy of its argument; a failed allocation is E_OUTOFMEMORY.
+// A class-name property: holds a string, or null. Get hands out a new copy (null stays null), put stores
+// a copy of its argument; a failed allocation is E_OUTOFMEMORY.
+//
+// Objects that carry class names are made at a high rate (a segment for every stop of an iterator), so
+// values are immutable and shared rather than copied: a property that starts with a constant of the
+// program only points at it, and a property copied from another shares the other's string. Only a put
+// allocates.
 class ClassNameProperty {
 public:
-    explicit ClassNameProperty(std::u16string_view initial) : value_(initial) {}
+    // `constant` lives as long as the program (a string literal).
+    explicit ClassNameProperty(const OLECHAR* constant)
+        : text_(constant), length_(std::char_traits<OLECHAR>::length(constant)) {}
+    // Shares the value of `other`; a later put on either leaves the other as it was.
+    ClassNameProperty(const ClassNameProperty& other);
+    ClassNameProperty& operator=(const ClassNameProperty& other);
 
     HRESULT Get(BSTR* out) const;
     HRESULT Put(BSTR name);
@@ -34,7 +46,11 @@ public:
 
 private:
     mutable std::mutex mutex_;
-    Bstr value_;
+    // What keeps a put value alive; empty for a constant and for null.
+    std::shared_ptr<const std::u16string> owned_;
+    // The value, zero-terminated; null when the property is null.
+    const OLECHAR* text_;
+    size_t length_;
 };
 
 }  // namespace scrivix

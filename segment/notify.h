@@ -2,14 +2,17 @@
 // owner (a text segment, a pattern or span iterator) hears the events of its source, and the holder
 // DComEventsPtr, which keeps the owner's source and its one sink together.
 //
-// Ownership runs one way: the owner holds its source and its sink; the sink holds the source it is
-// connected to; the source's connection point holds the sink while it is connected. The sink holds only a
-// plain pointer to its owner, so there is no cycle: releasing the last reference to the owner destroys
-// it, and its destruction disconnects the sink before the sink's pointer could go stale.
+// Ownership runs one way: the owner holds its source and its sink; the sink holds the connection point
+// it is advised at, and with it the source; the source's connection point holds the sink while it is
+// connected. The sink holds only a plain pointer to its owner, so there is no cycle: releasing the last
+// reference to the owner destroys it, and its destruction disconnects the sink before the sink's pointer
+// could go stale.
 #pragma once
 
 #include "frame/dispatch.h"
 #include "frame/object.h"
+
+#include <utility>
 
 namespace scrivix {
 
@@ -38,42 +41,35 @@ class DComEventsPtr {
 public:
     using Events = typename Handler::MainInterface;
 
-    // The concrete sink: the handler, the cookie of its connection and the source it is connected to.
+    // The concrete sink: the handler, and the connection point it is advised at with the cookie of its
+    // connection. Disconnecting goes straight to that point: the source is not asked for it again.
     class COMSink : public Handler {
     public:
         // Connects to `source`, disconnecting first from the source it is connected to.
         HRESULT Connect(const ComPtr<Source>& source) {
             HRESULT hr = Disconnect();
-            if (FAILED(hr)) {
-                connected_ = nullptr;
-                return hr;
-            }
+            if (FAILED(hr)) return hr;
             if (!source) return E_INVALIDARG;
-            connected_ = source;
+            ComPtr<IConnectionPointContainer> container;
             ComPtr<IConnectionPoint> point;
-            if (FAILED(hr = FindPoint(point))) return hr;
-            return point->Advise(static_cast<Events*>(this), &cookie_);
+            if (FAILED(hr = source.As(container)) ||
+                FAILED(hr = container->FindConnectionPoint(uuidof<Events>(), point.Put())) ||
+                FAILED(hr = point->Advise(static_cast<Events*>(this), &cookie_)))
+                return hr;
+            point_ = std::move(point);
+            return S_OK;
         }
         // Ends the connection, if any; S_OK when not connected.
         HRESULT Disconnect() {
-            if (!connected_) return S_OK;
-            ComPtr<IConnectionPoint> point;
-            HRESULT hr = FindPoint(point);
-            if (SUCCEEDED(hr)) hr = point->Unadvise(cookie_);
-            connected_ = nullptr;
-            cookie_ = 0;
-            return hr;
+            if (!point_) return S_OK;
+            const ComPtr<IConnectionPoint> point = std::move(point_);
+            return point->Unadvise(std::exchange(cookie_, 0));
         }
 
     private:
-        HRESULT FindPoint(ComPtr<IConnectionPoint>& point) {
-            ComPtr<IConnectionPointContainer> container;
-            HRESULT hr = connected_.As(container);
-            return FAILED(hr) ? hr : container->FindConnectionPoint(uuidof<Events>(), point.Put());
-        }
-
         DWORD cookie_ = 0;
-        ComPtr<Source> connected_;
+        // Holds the source as well: a connection point holds its container.
+        ComPtr<IConnectionPoint> point_;
     };
 
     explicit DComEventsPtr(typename Handler::OwnerType* owner) {

@@ -221,7 +221,7 @@ HRESULT DTextSegment::SubSection(LONG Start, LONG End, ITextSegment** Section) {
         if (FAILED(hr)) return hr;
         // A sub-section starts with its parent's BufferClass, but the default iterator and pattern classes.
         auto* section = static_cast<DTextSegment*>(made.Get());
-        if (FAILED(hr = section->buffer_class_.Put(buffer_class_.Value().Get()))) return hr;
+        section->buffer_class_ = buffer_class_;
         section->origin_ = Narrow(start);
         section->limit_ = Narrow(end);
         section->buffer_.SetSource(Buffer());

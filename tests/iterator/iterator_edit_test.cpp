@@ -139,20 +139,31 @@ TEST_P(IteratorEditTest, ASourceInsideTheBufferFollowsEditsAroundIt) {
 
 // The source's events.
 
-TEST_P(IteratorEditTest, TheSourcesResetEventResetsTheIterator) {
+TEST_P(IteratorEditTest, NewTextInTheSourceResetsTheIterator) {
     Open(u"a.a.a.a");
     Target(u"a");
+    iterator_->First(3, nullptr);
+    ASSERT_EQ(source_->put_Text(Bstr(u"..a").Get()), S_OK);  // a new buffer, and Reset(0) to the listeners
+    EXPECT_EQ(Here(), (Stop{0, 0, -1, u""}));
+    EXPECT_EQ(Next(), (Stop{2, 1, 0, u"a"}));
+}
+
+// Events fired by hand: each reaction alone.
+
+TEST_P(IteratorEditTest, TheSourcesResetEventResetsTheIterator) {
+    OpenHandFired(u"a.a.a.a");
+    Target(u"a");
     iterator_->First(0, nullptr);
-    TextSegmentDouble::Of(source_.Get()).FireReset(-3);
+    HandFiredSegment::Of(source_.Get()).FireReset(-3);
     EXPECT_EQ(Here(), (Stop{4, 0, -1, u""}));
     EXPECT_EQ(Next(), (Stop{4, 1, 0, u"a"}));
 }
 
 TEST_P(IteratorEditTest, TheSourcesModifiedEventFollowsTheRule) {
-    Open(u"0123456789abcdefghij");
+    OpenHandFired(u"0123456789abcdefghij");
     Target(u"456");
     iterator_->First(0, nullptr);
-    auto& source = TextSegmentDouble::Of(source_.Get());
+    auto& source = HandFiredSegment::Of(source_.Get());
     source.FireModified(10, 2, 0);
     EXPECT_EQ(Here(), (Stop{4, 3, 0, u"456"})) << "behind the match: nothing changes";
     source.FireModified(0, 0, 3);

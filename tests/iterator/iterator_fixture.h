@@ -1,8 +1,9 @@
-// A pattern iterator made by class name over a stand-in segment of a buffer of either width, with helpers
-// that add patterns and read each stop as the client sees it.
+// A pattern iterator made by class name over a text segment ("Scrivix.TextSegment") of either width, or
+// over a sub-section of one, with helpers that add patterns and read each stop as the client sees it.
 #pragma once
 
-#include "text_segment_double.h"
+#include "hand_fired_segment.h"
+#include "frame/class_name.h"
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
 #include "support/test_support.h"
@@ -16,18 +17,15 @@
 namespace scrivix::test {
 
 struct Width {
-    const CLSID* buffer;
+    const char* name;
+    const char16_t* buffer_class;
     const char16_t* pattern_class;  // the buffer's PatternClass, which the iterator takes from its source
 };
-inline const Width kNarrow{&CLSID_EditBufferA, u"Scrivix.PatternA"};
-inline const Width kWide{&CLSID_EditBufferU, u"Scrivix.PatternU"};
+inline const Width kNarrow{"Narrow", u"Scrivix.EditBufferA", u"Scrivix.PatternA"};
+inline const Width kWide{"Wide", u"Scrivix.EditBufferU", u"Scrivix.PatternU"};
 
-inline void PrintTo(const Width& width, std::ostream* out) {
-    *out << (width.buffer == &CLSID_EditBufferA ? "8-bit" : "16-bit");
-}
-inline std::string WidthName(const ::testing::TestParamInfo<Width>& info) {
-    return info.param.buffer == &CLSID_EditBufferA ? "Narrow" : "Wide";
-}
+inline void PrintTo(const Width& width, std::ostream* out) { *out << width.name; }
+inline std::string WidthName(const ::testing::TestParamInfo<Width>& info) { return info.param.name; }
 
 // One stop of the iterator: Offset, Length, MatchedBy and the text of the segment Next handed out.
 struct Stop {
@@ -60,15 +58,15 @@ inline std::u16string ErrorDescription() {
 
 class IteratorTest : public ::testing::TestWithParam<Width> {
 protected:
-    // A buffer holding `text`, a segment [origin, limit) over it (limit -1: the buffer's end) and an
-    // iterator on the segment.
+    // A segment of the width's buffer class holding `text`, the source [origin, limit) of it (limit -1:
+    // the end; the whole segment, or else a sub-section of it) and an iterator on the source.
     void Open(std::u16string_view text, LONG origin = 0, LONG limit = -1) {
-        ASSERT_EQ(CoCreateInstance(*GetParam().buffer, nullptr, CLSCTX_ALL, IID_IEditBuffer, buffer_.PutVoid()), S_OK);
-        ASSERT_EQ(buffer_->Text(Bstr(text).Get()), S_OK);
-        source_ = TextSegmentDouble::Over(buffer_, origin, limit < 0 ? static_cast<LONG>(text.size()) : limit);
-        iterator_ = NewIterator();
-        ASSERT_EQ(iterator_->put_Source(source_.Get()), S_OK);
+        ComPtr<ITextSegment> segment;
+        ASSERT_EQ(CreateFromClassName(Bstr(u"Scrivix.TextSegment").Get(), segment), S_OK);
+        Bind(segment, text, origin, limit);
     }
+    // The same over a segment of the whole text whose events the test can also fire by hand.
+    void OpenHandFired(std::u16string_view text) { Bind(HandFiredSegment::Make(), text, 0, -1); }
     static ComPtr<IPatternIterator> NewIterator() {
         ComPtr<IPatternIterator> iterator;
         EXPECT_EQ(CreateFromClassName(Bstr(u"Scrivix.PatternIterator").Get(), iterator), S_OK);
@@ -125,6 +123,26 @@ protected:
     ComPtr<IPatternIterator> iterator_;
 
 private:
+    void Bind(const ComPtr<ITextSegment>& segment, std::u16string_view text, LONG origin, LONG limit) {
+        ASSERT_TRUE(segment);
+        ASSERT_EQ(segment->put_BufferClass(Bstr(GetParam().buffer_class).Get()), S_OK);
+        ASSERT_EQ(segment->put_Text(Bstr(text).Get()), S_OK);
+        source_ = segment;
+        if (origin != 0 || limit >= 0) {
+            ASSERT_EQ(segment->SubSection(origin, limit < 0 ? static_cast<LONG>(text.size()) : limit, source_.Put()),
+                      S_OK);
+            // A sub-section starts with the default PatternClass, whatever the width of its buffer.
+            ASSERT_EQ(source_->put_PatternClass(Bstr(GetParam().pattern_class).Get()), S_OK);
+        }
+        // The buffer, through a buffer segment that is let go at once (it holds a read lock).
+        ComPtr<IUnknown> view, buffer;
+        ASSERT_EQ(source_->SegmentBuffer(view.Put()), S_OK);
+        ASSERT_EQ(view.As<IBufferSegment>()->get_Source(0, 0, buffer.Put()), S_OK);
+        ASSERT_EQ(buffer.As(buffer_), S_OK);
+        iterator_ = NewIterator();
+        ASSERT_EQ(iterator_->put_Source(source_.Get()), S_OK);
+    }
+
     using Make = HRESULT (STDMETHODCALLTYPE IPatternIterator::*)(BSTR, LONG, LONG*);
     using Get = HRESULT (STDMETHODCALLTYPE IPatternIterator::*)(LONG, IPattern**);
     LONG Add(Make make, Get get, std::u16string_view text, LONG options, LONG look_ahead) {
