@@ -275,15 +275,17 @@ HRESULT DPatternIterator::NewIgnore(BSTR Text, LONG Options, LONG* ID) {
 
 HRESULT DPatternIterator::MakeAndAppend(PatternList& list, BSTR text, LONG options, LONG* id) {
     ObjectLockGuard guard(ObjectLock());
-    const Bstr class_name = pattern_class_.Value();
-    if (class_name.IsNull()) return E_INVALIDARG;
-    ComPtr<IPattern> pattern;
-    HRESULT hr = CreateFromClassName(class_name.Get(), pattern);
-    if (FAILED(hr)) return hr;
-    // The text first, then the options: putting the options is what compiles an expression.
-    if (FAILED(hr = pattern->put_Text(text)) || FAILED(hr = pattern->put_Options(options)))
-        return ReReportByText(hr);
-    return Append(list, pattern.Get(), id);
+    return Guarded([&] {
+        const Bstr class_name = pattern_class_.Value();
+        if (class_name.IsNull()) return E_INVALIDARG;
+        ComPtr<IPattern> pattern;
+        HRESULT hr = CreateFromClassName(class_name.Get(), pattern);
+        if (FAILED(hr)) return hr;
+        // The text first, then the options: putting the options is what compiles an expression.
+        if (FAILED(hr = pattern->put_Text(text)) || FAILED(hr = pattern->put_Options(options)))
+            return ReReportByText(hr);
+        return Append(list, pattern.Get(), id);
+    });
 }
 
 HRESULT DPatternIterator::get_Target(LONG Index, IPattern** Pattern) { return PatternAt(targets_, Index, Pattern); }
