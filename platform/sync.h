@@ -1,10 +1,10 @@
 // Synchronisation services of the platform: critical sections (recursive locks), manual-reset events
-// with single and combined waits, atomic counts and the process id. Nothing here times out.
+// with single and combined waits, and the process id. Nothing here times out. (Atomic counts are the
+// language's std::atomic.)
 #pragma once
 
 #include <scrivix/scrivix.h>
 
-#include <atomic>
 #include <condition_variable>
 #include <initializer_list>
 #include <mutex>
@@ -87,7 +87,8 @@ public:
         return index;
     }
 
-    // State changes for use inside WaitAll's `then`, where the group's mutex is already held.
+    // State and changes for use inside WaitAll's `then`, where the group's mutex is already held.
+    bool IsSetLocked() const { return set_; }
     void SetLocked() {
         set_ = true;
         group_.changed().notify_all();
@@ -98,9 +99,6 @@ private:
     EventGroup& group_;
     bool set_;
 };
-
-inline LONG InterlockedIncrement(std::atomic<LONG>& value) { return ++value; }
-inline LONG InterlockedDecrement(std::atomic<LONG>& value) { return --value; }
 
 // The id of the process the library runs in.
 LONG CurrentProcessId();
