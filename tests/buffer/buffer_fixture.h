@@ -1,78 +1,25 @@
-// What the buffer tests share: the two character widths as typed-test parameters, and the steps most
-// tests take (making a buffer with a text, reading its characters back, checking the thread's error
-// record).
+// What the buffer tests share beyond the two widths: segments, the error record of a refused call, and
+// RecordingSink, a client's sink for `_IEditBufferEvents` that records each Modified call and may run a
+// hook on it (to log, block or throw).
 #pragma once
 
-#include "platform/bstr.h"
-#include "platform/com_ptr.h"
+#include "support/buffer_widths.h"
+#include "support/client_sink.h"
 #include "support/error_record.h"
+#include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-#include <type_traits>
+#include <functional>
+#include <mutex>
+#include <ostream>
+#include <vector>
 
 namespace scrivix::test {
-
-struct NarrowWidth {
-    using Char = char;
-    static const CLSID& Buffer() { return CLSID_EditBufferA; }
-    static const CLSID& Segment() { return CLSID_BufferSegmentA; }
-    static constexpr std::u16string_view kSource = u"Scrivix.EditBufferA.1";
-    static constexpr std::u16string_view kSuffix = u"A";
-};
-
-struct WideWidth {
-    using Char = char16_t;
-    static const CLSID& Buffer() { return CLSID_EditBufferU; }
-    static const CLSID& Segment() { return CLSID_BufferSegmentU; }
-    static constexpr std::u16string_view kSource = u"Scrivix.EditBufferU.1";
-    static constexpr std::u16string_view kSuffix = u"U";
-};
-
-using Widths = ::testing::Types<NarrowWidth, WideWidth>;
-
-struct WidthNames {
-    template <class W>
-    static std::string GetName(int) {
-        return std::is_same_v<W, NarrowWidth> ? "A" : "U";
-    }
-};
-
-template <class W>
-ComPtr<IEditBuffer> NewBuffer(std::u16string_view text = {}) {
-    ComPtr<IEditBuffer> buffer;
-    EXPECT_EQ(CoCreateInstance(W::Buffer(), nullptr, CLSCTX_INPROC_SERVER, IID_IEditBuffer, buffer.PutVoid()), S_OK);
-    if (buffer && !text.empty()) {
-        EXPECT_EQ(buffer->Text(Bstr(text).Get()), S_OK);
-    }
-    return buffer;
-}
 
 template <class W>
 ComPtr<IBufferSegment> NewSegment() {
     ComPtr<IBufferSegment> segment;
-    EXPECT_EQ(CoCreateInstance(W::Segment(), nullptr, CLSCTX_INPROC_SERVER, IID_IBufferSegment, segment.PutVoid()),
-              S_OK);
+    EXPECT_EQ(CoCreateInstance(W::Segment(), nullptr, CLSCTX_ALL, IID_IBufferSegment, segment.PutVoid()), S_OK);
     return segment;
-}
-
-// The characters as the buffer stores them, read in place between Begin and End.
-template <class W>
-std::basic_string<typename W::Char> Stored(IEditBuffer* buffer) {
-    using Char = typename W::Char;
-    void* begin = nullptr;
-    void* end = nullptr;
-    EXPECT_EQ(buffer->get_Begin(&begin), S_OK);
-    EXPECT_EQ(buffer->get_End(&end), S_OK);
-    return std::basic_string<Char>(static_cast<Char*>(begin), static_cast<Char*>(end));
-}
-
-// A text of 16-bit units as a buffer of width W stores it when every unit fits its character.
-template <class W>
-std::basic_string<typename W::Char> Chars(std::u16string_view text) {
-    return std::basic_string<typename W::Char>(text.begin(), text.end());
 }
 
 inline LONG LengthOf(IEditBuffer* buffer) {
@@ -81,7 +28,7 @@ inline LONG LengthOf(IEditBuffer* buffer) {
     return length;
 }
 
-// Checks that a buffer operation of width W failed with `status` and left the record of that message.
+// Checks that a buffer call of width W returned `status` and left the record of that message.
 template <class W>
 void ExpectReported(HRESULT result, HRESULT status, std::u16string_view description, DWORD help_context) {
     EXPECT_EQ(result, status);
@@ -91,6 +38,58 @@ void ExpectReported(HRESULT result, HRESULT status, std::u16string_view descript
     EXPECT_EQ(record.description, description);
     EXPECT_EQ(record.help_context, help_context);
     EXPECT_EQ(record.help_file, u"Scrivix.chm");
+}
+
+struct Modification {
+    LONG origin, old_length, new_length;
+    bool operator==(const Modification&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const Modification& m) {
+        return out << "Modified(" << m.origin << ", " << m.old_length << ", " << m.new_length << ")";
+    }
+};
+using Modifications = std::vector<Modification>;
+
+class RecordingSink final : public ClientSink<_IEditBufferEvents> {
+public:
+    explicit RecordingSink(std::function<void()> hook = {}) : hook_(std::move(hook)) {}
+
+    HRESULT STDMETHODCALLTYPE Modified(LONG Origin, LONG OldLength, LONG NewLength) override {
+        {
+            std::lock_guard guard(mutex_);
+            calls_.push_back({Origin, OldLength, NewLength});
+        }
+        if (hook_) hook_();
+        return S_OK;
+    }
+    Modifications Calls() const {
+        std::lock_guard guard(mutex_);
+        return calls_;
+    }
+
+private:
+    std::function<void()> hook_;
+    mutable std::mutex mutex_;
+    Modifications calls_;
+};
+
+inline ComPtr<IConnectionPoint> EventPoint(IUnknown* source) {
+    ComPtr<IConnectionPointContainer> container;
+    ComPtr<IConnectionPoint> point;
+    EXPECT_EQ(source->QueryInterface(IID_IConnectionPointContainer, container.PutVoid()), S_OK);
+    if (container) { EXPECT_EQ(container->FindConnectionPoint(IID__IEditBufferEvents, point.Put()), S_OK); }
+    return point;
+}
+
+// Connects `sink` the client's way and returns the cookie.
+inline DWORD Connect(IUnknown* source, IUnknown* sink) {
+    DWORD cookie = 0;
+    if (auto point = EventPoint(source)) { EXPECT_EQ(point->Advise(sink, &cookie), S_OK); }
+    return cookie;
+}
+
+inline HRESULT Disconnect(IUnknown* source, DWORD cookie) {
+    auto point = EventPoint(source);
+    return point ? point->Unadvise(cookie) : E_FAIL;
 }
 
 }  // namespace scrivix::test

@@ -6,10 +6,9 @@
 // buffer past 2^31 - 1 characters, needs a buffer of 2 GiB to reach; it runs through the same failure
 // path and is left to review.
 #include "buffer_fixture.h"
-#include "recording_sink.h"
-#include "support/test_support.h"
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,32 +24,17 @@ extern "C" const char* __tsan_default_options() { return "allocator_may_return_n
 namespace scrivix::test {
 namespace {
 
-constexpr HRESULT kEditOutOfMemoryStatus = static_cast<HRESULT>(0x80042717u);
-
 // Limits the process's address space to what it uses now plus `headroom` bytes.
 bool CapAddressSpace(size_t headroom) {
     std::ifstream statm("/proc/self/statm");
     size_t pages = 0;
-    if (!(statm >> pages)) return false;
     rlimit limit{};
-    if (getrlimit(RLIMIT_AS, &limit) != 0) return false;
+    if (!(statm >> pages) || getrlimit(RLIMIT_AS, &limit) != 0) return false;
     limit.rlim_cur = pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)) + headroom;
     return setrlimit(RLIMIT_AS, &limit) == 0;
 }
 
-// Whether every character of the buffer is `c`, read in place (a copy would need memory).
-template <class W>
-bool AllCharacters(IEditBuffer* buffer, char c) {
-    using Char = typename W::Char;
-    void* begin = nullptr;
-    void* end = nullptr;
-    buffer->get_Begin(&begin);
-    buffer->get_End(&end);
-    return std::all_of(static_cast<Char*>(begin), static_cast<Char*>(end), [c](Char each) { return each == Char(c); });
-}
-
-// Runs in the child: every edit below must fail with 10007 and change nothing. Returns what went wrong,
-// empty when all went right.
+// Runs in the child: every edit must fail with 10007 and change nothing. Returns what went wrong.
 template <class W>
 std::string EditsWithoutMemory() {
     std::ostringstream wrong;
@@ -75,26 +59,31 @@ std::string EditsWithoutMemory() {
     for (const auto& [name, edit] : edits) {
         const HRESULT result = edit();
         const ErrorRecord record = TakeErrorRecord();
-        if (result != kEditOutOfMemoryStatus) wrong << name << " returned " << std::hex << result << std::dec << "\n";
-        check(record.description == u"Insuficient memory for operation.", "description");
-        check(record.help_context == 0xFFFFFFFF, "help context");
-        check(record.help_file == u"Scrivix.chm", "help file");
-        check(record.source == W::kSource && record.guid == IID_IEditBuffer, "source and interface");
-        check(LengthOf(buffer.Get()) == static_cast<LONG>(kHeld) && AllCharacters<W>(buffer.Get(), 'b'),
+        if (result != static_cast<HRESULT>(0x80042717u)) wrong << name << " returned " << std::hex << result << "\n";
+        check(record.description == u"Insuficient memory for operation." && record.help_context == 0xFFFFFFFF &&
+                  record.help_file == u"Scrivix.chm" && record.source == W::kSource && record.guid == IID_IEditBuffer,
+              "the error record");
+        // Read in place: a copy would need memory.
+        void *begin = nullptr, *end = nullptr;
+        buffer->get_Begin(&begin);
+        buffer->get_End(&end);
+        using Char = typename W::Char;
+        check(LengthOf(buffer.Get()) == static_cast<LONG>(kHeld) &&
+                  std::all_of(static_cast<Char*>(begin), static_cast<Char*>(end), [](Char c) { return c == 'b'; }),
               "the text is unchanged");
     }
     check(sink.Calls().empty(), "no event");
     // The exclusion was left: readers and a writer that needs no memory get in.
     check(buffer->LockForRead() == S_OK && buffer->UnlockFromRead() == S_OK, "read lock");
     check(buffer->Replace(0, 4, Bstr(u"edit").Get()) == S_OK, "a later edit");
-    check(sink.Calls() == std::vector<Modification>{{0, 4, 4}}, "its event");
+    check(sink.Calls() == Modifications{{0, 4, 4}}, "its event");
     buffer = nullptr;
     return wrong.str();
 }
 
 template <class W>
 class EditBufferMemoryTest : public ::testing::Test {};
-TYPED_TEST_SUITE(EditBufferMemoryTest, Widths, WidthNames);
+TYPED_TEST_SUITE(EditBufferMemoryTest, BufferWidths);
 
 TYPED_TEST(EditBufferMemoryTest, AnEditWithoutMemoryChangesNothing) {
     // The child is started afresh, so that it holds no memory that a failed allocation could reuse.

@@ -1,23 +1,14 @@
 // The edit buffer's transfers, for both widths: round trips through real files and a stream of the
 // tests' own with the bytes checked, empty and odd-sized streams, ranges, and loads that fail and must
 // leave the buffer exactly as it was.
-#include "support/buffer_widths.h"
-#include "support/client_sink.h"
-#include "support/error_record.h"
+#include "buffer_fixture.h"
 #include "support/memory_stream.h"
 #include "support/temp_dir.h"
-#include "support/test_support.h"
-
-#include <gtest/gtest.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <string>
-#include <vector>
-
-namespace scrivix {
+namespace scrivix::test {
 namespace {
 
 constexpr HRESULT kStartRefused = static_cast<HRESULT>(0x80042712u);
@@ -25,46 +16,30 @@ constexpr HRESULT kEndRefused = static_cast<HRESULT>(0x80042713u);
 constexpr HRESULT kOpenFailed = static_cast<HRESULT>(0x80042715u);
 constexpr HRESULT kTooLarge = static_cast<HRESULT>(0x80042717u);
 
-// Records the buffer's Modified events while connected.
-class ModifiedLog final : public test::ClientSink<_IEditBufferEvents> {
-public:
-    explicit ModifiedLog(IEditBuffer* buffer) {
-        ComPtr<IConnectionPointContainer> container;
-        EXPECT_EQ(ComPtr<IEditBuffer>(buffer).As(container), S_OK);
-        EXPECT_EQ(container->FindConnectionPoint(IID__IEditBufferEvents, point_.Put()), S_OK);
-        EXPECT_EQ(point_->Advise(this, &cookie_), S_OK);
-    }
-    ~ModifiedLog() { point_->Unadvise(cookie_); }
-
-    std::vector<std::array<LONG, 3>> events;
-
-    HRESULT STDMETHODCALLTYPE Modified(LONG origin, LONG old_length, LONG new_length) override {
-        events.push_back({origin, old_length, new_length});
-        return S_OK;
-    }
-
-private:
-    ComPtr<IConnectionPoint> point_;
-    DWORD cookie_ = 0;
-};
-
 template <class Width>
 class Transfer : public ::testing::Test {
 protected:
     using Char = typename Width::Char;
     static constexpr ULONG kCharSize = sizeof(Char);
 
-    void TearDown() override { EXPECT_EQ(test::LiveObjects(), 0); }
+    void TearDown() override { EXPECT_EQ(LiveObjects(), 0); }
 
-    static ComPtr<IEditBuffer> Buffer(std::u16string_view text = {}) { return test::NewBuffer<Width>(text); }
+    static ComPtr<IEditBuffer> Buffer(std::u16string_view text = {}) { return NewBuffer<Width>(text); }
+    // A buffer holding `text` whose events `log` records.
+    ComPtr<IEditBuffer> Watched(std::u16string_view text = {}) {
+        auto buffer = Buffer(text);
+        Connect(buffer.Get(), &log);
+        return buffer;
+    }
+    RecordingSink log;
     static std::u16string Contents(IEditBuffer* buffer) { return test::Contents<Width>(buffer); }
-    static std::string Bytes(std::u16string_view text) { return test::StreamBytes<Width>(text); }
+    static std::string Bytes(std::u16string_view text) { return StreamBytes<Width>(text); }
     static LONG Length(std::u16string_view text) { return static_cast<LONG>(text.size()); }
 
-    test::TempDir dir;
+    TempDir dir;
 };
 
-TYPED_TEST_SUITE(Transfer, test::BufferWidths);
+TYPED_TEST_SUITE(Transfer, BufferWidths);
 
 // Round trips.
 
@@ -75,30 +50,28 @@ TYPED_TEST(Transfer, ThroughAFile) {
     ULONG actual = 0;
     ASSERT_EQ(source->WriteFile(0, this->Length(text), name.Get(), file_out, &actual), S_OK);
     EXPECT_EQ(actual, text.size() * this->kCharSize);
-    EXPECT_EQ(test::ReadBytes(this->dir.Path("text")), this->Bytes(text));
+    EXPECT_EQ(ReadBytes(this->dir.Path("text")), this->Bytes(text));
 
-    ComPtr<IEditBuffer> copy = this->Buffer();
-    ModifiedLog log(copy.Get());
+    ComPtr<IEditBuffer> copy = this->Watched();
     ASSERT_EQ(copy->LoadFile(name.Get(), file_in | file_out, &actual), S_OK);
     EXPECT_EQ(actual, text.size() * this->kCharSize);
     EXPECT_EQ(this->Contents(copy.Get()), text);
-    EXPECT_EQ(log.events, (std::vector<std::array<LONG, 3>>{{0, 0, this->Length(text)}}));
+    EXPECT_EQ(this->log.Calls(), (Modifications{{0, 0, this->Length(text)}}));
 }
 
 TYPED_TEST(Transfer, ThroughAStream) {
     const std::u16string text = TypeParam::Sample();
-    test::MemoryStream stream;
+    MemoryStream stream;
     ULONG actual = 0;
     ASSERT_EQ(this->Buffer(text)->ToStream(0, this->Length(text), &stream, &actual), S_OK);
     EXPECT_EQ(actual, text.size() * this->kCharSize) << "the mark is not counted";
     EXPECT_EQ(stream.bytes, this->Bytes(text));
 
-    ComPtr<IEditBuffer> copy = this->Buffer(u"old");
-    ModifiedLog log(copy.Get());
+    ComPtr<IEditBuffer> copy = this->Watched(u"old");
     ASSERT_EQ(copy->FromStream(&stream, &actual), S_OK);
     EXPECT_EQ(actual, text.size() * this->kCharSize);
     EXPECT_EQ(this->Contents(copy.Get()), text);
-    EXPECT_EQ(log.events, (std::vector<std::array<LONG, 3>>{{0, 3, this->Length(text)}}));
+    EXPECT_EQ(this->log.Calls(), (Modifications{{0, 3, this->Length(text)}}));
 }
 
 TYPED_TEST(Transfer, ARangeOfTheBuffer) {
@@ -106,23 +79,23 @@ TYPED_TEST(Transfer, ARangeOfTheBuffer) {
     ULONG actual = 0;
     ASSERT_EQ(this->Buffer(u"abcdef")->WriteFile(1, 4, name.Get(), file_out, &actual), S_OK);
     EXPECT_EQ(actual, 3 * this->kCharSize);
-    EXPECT_EQ(test::ReadBytes(this->dir.Path("part")), this->Bytes(u"bcd"));
+    EXPECT_EQ(ReadBytes(this->dir.Path("part")), this->Bytes(u"bcd"));
 }
 
 TYPED_TEST(Transfer, ModesCombineWithInOrOut) {
     const std::string path = this->dir.Path("f");
     Bstr name(this->dir.Name("f"));
-    test::WriteBytes(path, std::string(100, 'x'));
+    WriteBytes(path, std::string(100, 'x'));
     ComPtr<IEditBuffer> buffer = this->Buffer(u"ab");
     EXPECT_EQ(buffer->WriteFile(0, 2, name.Get(), 0, nullptr), S_OK) << "mode 0 is file_out, which empties";
-    EXPECT_EQ(test::ReadBytes(path), this->Bytes(u"ab"));
+    EXPECT_EQ(ReadBytes(path), this->Bytes(u"ab"));
     EXPECT_EQ(buffer->WriteFile(0, 2, name.Get(), file_app | file_binary, nullptr), S_OK);
-    EXPECT_EQ(test::ReadBytes(path), this->Bytes(u"ab") + this->Bytes(u"ab"));
+    EXPECT_EQ(ReadBytes(path), this->Bytes(u"ab") + this->Bytes(u"ab"));
 
     ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
     ULONG actual = 0;
     EXPECT_EQ(buffer->LoadFile(name.Get(), 0, &actual), S_OK) << "mode 0 is file_in: reading only";
-    EXPECT_EQ(actual, test::ReadBytes(path).size() - (this->kCharSize == 2 ? 2 : 0));
+    EXPECT_EQ(actual, ReadBytes(path).size() - (this->kCharSize == 2 ? 2 : 0));
 }
 
 TYPED_TEST(Transfer, LongRangesGoOutWhole) {
@@ -131,9 +104,9 @@ TYPED_TEST(Transfer, LongRangesGoOutWhole) {
     ULONG actual = 0;
     ASSERT_EQ(this->Buffer(text)->WriteFile(0, this->Length(text), name.Get(), file_out, &actual), S_OK);
     EXPECT_EQ(actual, text.size() * this->kCharSize);
-    EXPECT_EQ(test::ReadBytes(this->dir.Path("long")), this->Bytes(text));
+    EXPECT_EQ(ReadBytes(this->dir.Path("long")), this->Bytes(text));
 
-    test::MemoryStream stream;
+    MemoryStream stream;
     stream.write_limit = 4096;
     ASSERT_EQ(this->Buffer(text)->ToStream(0, this->Length(text), &stream, &actual), S_OK);
     EXPECT_EQ(actual, text.size() * this->kCharSize) << "short writes are given the rest";
@@ -143,13 +116,13 @@ TYPED_TEST(Transfer, LongRangesGoOutWhole) {
 // Streams: positions, empty streams, arguments.
 
 TYPED_TEST(Transfer, FromStreamReadsFromTheStartToStreamWritesAtThePosition) {
-    test::MemoryStream stream(this->Bytes(u"abc"));
+    MemoryStream stream(this->Bytes(u"abc"));
     stream.position = 3;
     ComPtr<IEditBuffer> buffer = this->Buffer();
     EXPECT_EQ(buffer->FromStream(&stream, nullptr), S_OK) << "Actual may be null";
     EXPECT_EQ(this->Contents(buffer.Get()), u"abc");
 
-    test::MemoryStream target("<");
+    MemoryStream target("<");
     target.position = 1;
     EXPECT_EQ(buffer->ToStream(0, 1, &target, nullptr), S_OK);
     EXPECT_EQ(buffer->ToStream(1, 3, &target, nullptr), S_OK);
@@ -157,7 +130,7 @@ TYPED_TEST(Transfer, FromStreamReadsFromTheStartToStreamWritesAtThePosition) {
 }
 
 TYPED_TEST(Transfer, AnEmptyRangeWritesNoCharacters) {
-    test::MemoryStream stream;
+    MemoryStream stream;
     ULONG actual = 9;
     EXPECT_EQ(this->Buffer(u"abcd")->ToStream(2, 2, &stream, &actual), S_OK);
     EXPECT_EQ(actual, 0u);
@@ -165,14 +138,13 @@ TYPED_TEST(Transfer, AnEmptyRangeWritesNoCharacters) {
 }
 
 TYPED_TEST(Transfer, AnEmptyStreamEmptiesTheBuffer) {
-    ComPtr<IEditBuffer> buffer = this->Buffer(u"four");
-    ModifiedLog log(buffer.Get());
-    test::MemoryStream stream;
+    ComPtr<IEditBuffer> buffer = this->Watched(u"four");
+    MemoryStream stream;
     ULONG actual = 9;
     EXPECT_EQ(buffer->FromStream(&stream, &actual), S_OK);
     EXPECT_EQ(actual, 0u);
     EXPECT_EQ(this->Contents(buffer.Get()), u"");
-    EXPECT_EQ(log.events, (std::vector<std::array<LONG, 3>>{{0, 4, 0}}));
+    EXPECT_EQ(this->log.Calls(), (Modifications{{0, 4, 0}}));
 }
 
 TYPED_TEST(Transfer, StreamArgumentsMustAnswerIStream) {
@@ -189,7 +161,7 @@ TYPED_TEST(Transfer, StreamArgumentsMustAnswerIStream) {
 TYPED_TEST(Transfer, AReadLockDoesNotHoldBackAWrite) {
     ComPtr<IEditBuffer> buffer = this->Buffer(u"abc");
     ASSERT_EQ(buffer->LockForRead(), S_OK);
-    test::MemoryStream stream;
+    MemoryStream stream;
     EXPECT_EQ(buffer->ToStream(0, 3, &stream, nullptr), S_OK);
     EXPECT_EQ(buffer->UnlockFromRead(), S_OK);
     EXPECT_EQ(stream.bytes, this->Bytes(u"abc"));
@@ -206,21 +178,21 @@ TYPED_TEST(Transfer, RangesOutsideTheBufferAreRefused) {
     ComPtr<IEditBuffer> buffer = this->Buffer(u"four");
     const std::string path = this->dir.Path("kept");
     Bstr name(this->dir.Name("kept"));
-    test::WriteBytes(path, "precious");
+    WriteBytes(path, "precious");
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.from << ", " << row.to);
-        test::MemoryStream stream;
+        MemoryStream stream;
         ULONG actual = 9;
         EXPECT_EQ(buffer->ToStream(row.from, row.to, &stream, &actual), row.status);
         EXPECT_EQ(actual, 0u);
         EXPECT_EQ(stream.bytes, "") << "not even a mark";
         EXPECT_EQ(buffer->WriteFile(row.from, row.to, name.Get(), file_out, &actual), row.status);
-        EXPECT_EQ(test::ReadBytes(path), "precious");
+        EXPECT_EQ(ReadBytes(path), "precious");
     }
 }
 
 TYPED_TEST(Transfer, AFailedWriteIsReturned) {
-    test::MemoryStream stream;
+    MemoryStream stream;
     stream.write_status = STG_E_MEDIUMFULL;
     ULONG actual = 9;
     EXPECT_EQ(this->Buffer(u"abc")->ToStream(0, 3, &stream, &actual), STG_E_MEDIUMFULL);
@@ -230,22 +202,21 @@ TYPED_TEST(Transfer, AFailedWriteIsReturned) {
 // Loads that fail leave the buffer exactly as it was and fire nothing.
 
 TYPED_TEST(Transfer, StreamsThatFailLoseNothing) {
-    ComPtr<IEditBuffer> buffer = this->Buffer(u"kept");
-    ModifiedLog log(buffer.Get());
+    ComPtr<IEditBuffer> buffer = this->Watched(u"kept");
     ULONG actual = 9;
 
-    test::MemoryStream unseekable(this->Bytes(u"new"));
+    MemoryStream unseekable(this->Bytes(u"new"));
     unseekable.seek_status = STG_E_INVALIDFUNCTION;
     EXPECT_EQ(buffer->FromStream(&unseekable, &actual), STG_E_INVALIDFUNCTION);
 
-    test::MemoryStream unreadable(this->Bytes(u"new"));
+    MemoryStream unreadable(this->Bytes(u"new"));
     unreadable.read_status = STG_E_READFAULT;
     EXPECT_EQ(buffer->FromStream(&unreadable, &actual), STG_E_READFAULT);
 
     // A file object whose state has failed cannot stand at its start.
     ComPtr<IFile> failed;
     ASSERT_EQ(CoCreateInstance(CLSID_FileStreamA, nullptr, CLSCTX_ALL, IID_IFile, failed.PutVoid()), S_OK);
-    test::WriteBytes(this->dir.Path("f"), this->Bytes(u"new"));
+    WriteBytes(this->dir.Path("f"), this->Bytes(u"new"));
     Bstr name(this->dir.Name("f"));
     EXPECT_EQ(failed->Close(), S_OK);
     EXPECT_EQ(failed->Open(file_in, name.Get()), kOpenFailed) << "opened, in a failed state";
@@ -253,33 +224,31 @@ TYPED_TEST(Transfer, StreamsThatFailLoseNothing) {
 
     EXPECT_EQ(actual, 0u);
     EXPECT_EQ(this->Contents(buffer.Get()), u"kept");
-    EXPECT_TRUE(log.events.empty());
+    EXPECT_TRUE(this->log.Calls().empty());
 }
 
 TYPED_TEST(Transfer, StreamsLargerThanABufferAreRefused) {
-    ComPtr<IEditBuffer> buffer = this->Buffer(u"kept");
-    ModifiedLog log(buffer.Get());
+    ComPtr<IEditBuffer> buffer = this->Watched(u"kept");
     const ULONGLONG mark = this->kCharSize == 2 ? 2 : 0;
     for (ULONGLONG size : {mark + 0x80000000ull * this->kCharSize, (1ull << 32) + 10}) {
-        test::MemoryStream huge(this->Bytes(u"small"));
+        MemoryStream huge(this->Bytes(u"small"));
         huge.reported_size = size;
         EXPECT_EQ(buffer->FromStream(&huge, nullptr), kTooLarge) << size << " is not cut to its low 32 bits";
         EXPECT_EQ(huge.reads, 0);
-        const test::ErrorRecord record = test::TakeErrorRecord();
+        const ErrorRecord record = TakeErrorRecord();
         EXPECT_EQ(record.description, u"Insuficient memory for operation.");
         EXPECT_EQ(record.help_context, 0xFFFFFFFFu);
     }
     EXPECT_EQ(this->Contents(buffer.Get()), u"kept");
-    EXPECT_TRUE(log.events.empty());
+    EXPECT_TRUE(this->log.Calls().empty());
 }
 
 TYPED_TEST(Transfer, FilesThatDoNotOpenLoseNothing) {
-    ComPtr<IEditBuffer> buffer = this->Buffer(u"kept");
-    ModifiedLog log(buffer.Get());
+    ComPtr<IEditBuffer> buffer = this->Watched(u"kept");
     ULONG actual = 9;
     Bstr missing(this->dir.Name("missing"));
     EXPECT_EQ(buffer->LoadFile(missing.Get(), file_in, &actual), kOpenFailed);
-    EXPECT_EQ(test::TakeErrorRecord().source, TypeParam::kFileSource) << "the file object's own report";
+    EXPECT_EQ(TakeErrorRecord().source, TypeParam::kFileSource) << "the file object's own report";
 
     ASSERT_EQ(::mkdir(this->dir.Path("folder").c_str(), 0755), 0);
     Bstr folder(this->dir.Name("folder"));
@@ -294,12 +263,12 @@ TYPED_TEST(Transfer, FilesThatDoNotOpenLoseNothing) {
 
     EXPECT_EQ(actual, 0u);
     EXPECT_EQ(this->Contents(buffer.Get()), u"kept");
-    EXPECT_TRUE(log.events.empty());
+    EXPECT_TRUE(this->log.Calls().empty());
 }
 
 TYPED_TEST(Transfer, UnreadableFilesDoNotLoad) {
     if (geteuid() == 0) GTEST_SKIP() << "permissions do not stop root";
-    test::WriteBytes(this->dir.Path("locked"), this->Bytes(u"secret"));
+    WriteBytes(this->dir.Path("locked"), this->Bytes(u"secret"));
     ASSERT_EQ(::chmod(this->dir.Path("locked").c_str(), 0), 0);
     ComPtr<IEditBuffer> buffer = this->Buffer(u"kept");
     Bstr name(this->dir.Name("locked"));
@@ -310,12 +279,12 @@ TYPED_TEST(Transfer, UnreadableFilesDoNotLoad) {
 // The layout of each width.
 
 TEST(TransferLayout, EightBitStreamsAreTheCharacters) {
-    test::MemoryStream stream(std::string("\xFF\xFE\0x", 4));
-    ComPtr<IEditBuffer> buffer = test::NewBuffer<test::NarrowBuffer>();
+    MemoryStream stream(std::string("\xFF\xFE\0x", 4));
+    ComPtr<IEditBuffer> buffer = NewBuffer<NarrowBuffer>();
     ULONG actual = 0;
     EXPECT_EQ(buffer->FromStream(&stream, &actual), S_OK);
     EXPECT_EQ(actual, 4u);
-    EXPECT_EQ(test::Contents<test::NarrowBuffer>(buffer.Get()), std::u16string(u"\u00FF\u00FE\0x", 4));
+    EXPECT_EQ(Contents<NarrowBuffer>(buffer.Get()), std::u16string(u"\u00FF\u00FE\0x", 4));
 }
 
 TEST(TransferLayout, SixteenBitStreamsSkipTheMarkAndDropAnOddByte) {
@@ -333,14 +302,14 @@ TEST(TransferLayout, SixteenBitStreamsSkipTheMarkAndDropAnOddByte) {
         {std::string("\xFE\xFF" "\x41\x01\x00\xD8", 6), {u'\u0141', char16_t{0xD800}}, 4},
     };
     for (const Row& row : rows) {
-        test::MemoryStream stream(row.bytes);
-        ComPtr<IEditBuffer> buffer = test::NewBuffer<test::WideBuffer>(u"old");
+        MemoryStream stream(row.bytes);
+        ComPtr<IEditBuffer> buffer = NewBuffer<WideBuffer>(u"old");
         ULONG actual = 9;
         EXPECT_EQ(buffer->FromStream(&stream, &actual), S_OK);
         EXPECT_EQ(actual, row.actual);
-        EXPECT_EQ(test::Contents<test::WideBuffer>(buffer.Get()), row.text);
+        EXPECT_EQ(Contents<WideBuffer>(buffer.Get()), row.text);
     }
 }
 
 }  // namespace
-}  // namespace scrivix
+}  // namespace scrivix::test

@@ -15,7 +15,10 @@ namespace scrivix::test {
 struct NarrowBuffer {
     using Char = unsigned char;
     static const CLSID& Clsid() { return CLSID_EditBufferA; }
+    static const CLSID& Segment() { return CLSID_BufferSegmentA; }
+    static constexpr const char16_t* kSource = u"Scrivix.EditBufferA.1";
     static constexpr const char16_t* kFileSource = u"Scrivix.FileStreamA.1";
+    static constexpr char16_t kSuffix = u'A';  // of the default class names
     // A text with a zero and a byte above 0x7F; 8-bit buffers keep the low 8 bits of each unit.
     static std::u16string Sample() { return std::u16string(u"h\u00E9llo\0!", 7); }
 };
@@ -23,7 +26,10 @@ struct NarrowBuffer {
 struct WideBuffer {
     using Char = char16_t;
     static const CLSID& Clsid() { return CLSID_EditBufferU; }
+    static const CLSID& Segment() { return CLSID_BufferSegmentU; }
+    static constexpr const char16_t* kSource = u"Scrivix.EditBufferU.1";
     static constexpr const char16_t* kFileSource = u"Scrivix.FileStreamU.1";
+    static constexpr char16_t kSuffix = u'U';
     // Starts with a mark of its own, which must survive as a character.
     static std::u16string Sample() { return std::u16string(u"\uFEFFh\u0141llo\0\U0001F600", 9); }
 };
