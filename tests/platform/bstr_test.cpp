@@ -10,36 +10,24 @@
 
 namespace {
 
-// The bytes of a string's block from the length prefix through `after` bytes past the contents.
-std::vector<uint8_t> BlockBytes(BSTR text, size_t after) {
-    const auto* block = reinterpret_cast<const uint8_t*>(text) - 4;
-    return {block, block + 4 + SysStringByteLen(text) + after};
-}
+using Bytes = std::vector<uint8_t>;
 
-// Layout.
+// The bytes of a string's block from the length prefix through the terminating unit; frees the string.
+Bytes Block(BSTR text) {
+    if (text == nullptr) return {};
+    EXPECT_EQ(SysStringLen(text), SysStringByteLen(text) / 2);
+    const auto* block = reinterpret_cast<const uint8_t*>(text) - 4;
+    Bytes bytes(block, block + 6 + SysStringByteLen(text));
+    SysFreeString(text);
+    return bytes;
+}
 
 TEST(Bstr, BlockIsByteLengthThenUnitsThenZero) {
-    BSTR text = SysAllocString(u"ab\u20AC");
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(BlockBytes(text, 2), (std::vector<uint8_t>{6, 0, 0, 0, 'a', 0, 'b', 0, 0xAC, 0x20, 0, 0}));
-    EXPECT_EQ(SysStringLen(text), 3u);
-    EXPECT_EQ(SysStringByteLen(text), 6u);
-    SysFreeString(text);
-}
-
-TEST(Bstr, CountedStringsKeepEmbeddedZeros) {
-    BSTR text = SysAllocStringLen(u"a\0b", 3);
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(BlockBytes(text, 2), (std::vector<uint8_t>{6, 0, 0, 0, 'a', 0, 0, 0, 'b', 0, 0, 0}));
-    SysFreeString(text);
-}
-
-TEST(Bstr, EmptyStringsAreRealStrings) {
-    for (BSTR text : {SysAllocString(u""), SysAllocStringLen(u"xyz", 0), SysAllocStringByteLen(nullptr, 0)}) {
-        ASSERT_NE(text, nullptr);
-        EXPECT_EQ(BlockBytes(text, 2), (std::vector<uint8_t>{0, 0, 0, 0, 0, 0}));
-        SysFreeString(text);
-    }
+    EXPECT_EQ(Block(SysAllocString(u"ab\u20AC")), (Bytes{6, 0, 0, 0, 'a', 0, 'b', 0, 0xAC, 0x20, 0, 0}));
+    EXPECT_EQ(Block(SysAllocStringLen(u"a\0b", 3)), (Bytes{6, 0, 0, 0, 'a', 0, 0, 0, 'b', 0, 0, 0}));
+    // Empty strings are real strings.
+    for (BSTR empty : {SysAllocString(u""), SysAllocStringLen(u"xyz", 0), SysAllocStringByteLen(nullptr, 0)})
+        EXPECT_EQ(Block(empty), (Bytes{0, 0, 0, 0, 0, 0}));
 }
 
 TEST(Bstr, WithoutSourceTheContentsAreLeftButTerminated) {
@@ -50,57 +38,37 @@ TEST(Bstr, WithoutSourceTheContentsAreLeftButTerminated) {
     SysFreeString(text);
 }
 
-// Byte lengths.
-
 TEST(Bstr, OddByteLengthsEndWithAZeroByteAndAZeroUnit) {
-    const char source[] = "abcdefg";
-    for (UINT length : {1u, 3u, 5u, 7u}) {
-        BSTR text = SysAllocStringByteLen(source, length);
-        ASSERT_NE(text, nullptr);
-        EXPECT_EQ(SysStringByteLen(text), length);
-        EXPECT_EQ(SysStringLen(text), length / 2);
-        const auto* bytes = reinterpret_cast<const char*>(text);
-        EXPECT_EQ(std::memcmp(bytes, source, length), 0);
-        EXPECT_EQ(bytes[length], '\0');
-        EXPECT_EQ(text[(length + 1) / 2], u'\0');
-        SysFreeString(text);
+    for (const char* source : {"abcdefg", static_cast<const char*>(nullptr)}) {
+        for (UINT length : {1u, 3u, 5u, 7u}) {
+            BSTR text = SysAllocStringByteLen(source, length);
+            ASSERT_NE(text, nullptr);
+            EXPECT_EQ(SysStringByteLen(text), length);
+            EXPECT_EQ(SysStringLen(text), length / 2);
+            const auto* bytes = reinterpret_cast<const char*>(text);
+            EXPECT_TRUE(source == nullptr || std::memcmp(bytes, source, length) == 0);
+            EXPECT_EQ(bytes[length], '\0');
+            EXPECT_EQ(text[(length + 1) / 2], u'\0');
+            SysFreeString(text);
+        }
     }
 }
 
-TEST(Bstr, ByteLengthWithoutSourceIsTerminated) {
-    BSTR text = SysAllocStringByteLen(nullptr, 7);
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(SysStringByteLen(text), 7u);
-    EXPECT_EQ(reinterpret_cast<const char*>(text)[7], '\0');
-    EXPECT_EQ(text[4], u'\0');
-    SysFreeString(text);
-}
-
-// Null and limits.
-
-TEST(Bstr, NullIsTheEmptyString) {
+TEST(Bstr, NullIsTheEmptyStringAndOverlongLengthsGiveNull) {
     EXPECT_EQ(SysAllocString(nullptr), nullptr);
     EXPECT_EQ(SysStringLen(nullptr), 0u);
     EXPECT_EQ(SysStringByteLen(nullptr), 0u);
     SysFreeString(nullptr);
-}
-
-TEST(Bstr, LengthsBeyondThePrefixGiveNull) {
     EXPECT_EQ(SysAllocStringLen(nullptr, 0x80000000u), nullptr);
     EXPECT_EQ(SysAllocStringLen(u"x", 0x80000000u), nullptr);
     EXPECT_EQ(SysAllocStringLen(nullptr, UINT_MAX), nullptr);
 }
 
-// The task allocator.
-
-TEST(TaskAllocator, ZeroBytesStillGiveABlock) {
-    void* block = CoTaskMemAlloc(0);
-    EXPECT_NE(block, nullptr);
-    CoTaskMemFree(block);
+TEST(TaskAllocator, AllocatesGrowsAndFrees) {
+    void* empty = CoTaskMemAlloc(0);  // zero bytes still give a block
+    EXPECT_NE(empty, nullptr);
+    CoTaskMemFree(empty);
     CoTaskMemFree(nullptr);
-}
-
-TEST(TaskAllocator, ReallocAllocatesGrowsAndFrees) {
     auto* block = static_cast<char*>(CoTaskMemRealloc(nullptr, 4));
     ASSERT_NE(block, nullptr);
     std::memcpy(block, "abcd", 4);

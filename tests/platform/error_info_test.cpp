@@ -14,14 +14,30 @@ namespace {
 const GUID kSomeInterface = {0x11223344, 0x5566, 0x7788, {0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF, 0x00}};
 
 // Takes a string out of a getter and frees it.
-template <class Getter>
-std::u16string Text(IErrorInfo* record, Getter getter) {
+std::u16string Text(IErrorInfo* record, HRESULT (STDMETHODCALLTYPE IErrorInfo::*getter)(BSTR*)) {
     BSTR text = nullptr;
     EXPECT_EQ((record->*getter)(&text), S_OK);
     EXPECT_NE(text, nullptr);
     std::u16string result(text, SysStringLen(text));
     SysFreeString(text);
     return result;
+}
+
+struct Fields {
+    GUID guid;
+    std::u16string source, description, help_file;
+    DWORD help_context;
+    bool operator==(const Fields&) const = default;
+};
+
+Fields Read(IErrorInfo* record) {
+    Fields fields{kSomeInterface, {}, {}, {}, 7};  // what the getters must overwrite
+    EXPECT_EQ(record->GetGUID(&fields.guid), S_OK);
+    fields.source = Text(record, &IErrorInfo::GetSource);
+    fields.description = Text(record, &IErrorInfo::GetDescription);
+    fields.help_file = Text(record, &IErrorInfo::GetHelpFile);
+    EXPECT_EQ(record->GetHelpContext(&fields.help_context), S_OK);
+    return fields;
 }
 
 // A record filled with `description` and handed out as IErrorInfo, holding one reference.
@@ -35,6 +51,13 @@ IErrorInfo* NewRecord(const char16_t* description) {
     return record;
 }
 
+// Makes a new record with `description` the thread's current one.
+void SetCurrent(const char16_t* description) {
+    IErrorInfo* record = NewRecord(description);
+    EXPECT_EQ(SetErrorInfo(0, record), S_OK);
+    record->Release();
+}
+
 std::u16string TakeCurrentDescription() {
     IErrorInfo* record = nullptr;
     if (GetErrorInfo(0, &record) != S_OK) return u"(none)";
@@ -45,58 +68,29 @@ std::u16string TakeCurrentDescription() {
 
 // The fields.
 
-TEST(ErrorInfo, FieldsReadBackAsSet) {
+TEST(ErrorInfo, FieldsReadBackAsSetAndNullTextsCountAsEmpty) {
     ICreateErrorInfo* creator = nullptr;
     ASSERT_EQ(CreateErrorInfo(&creator), S_OK);
+    IErrorInfo* record = nullptr;
+    ASSERT_EQ(creator->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&record)), S_OK);
+    EXPECT_EQ(Read(record), (Fields{GUID_NULL, u"", u"", u"", 0}));
     OLECHAR source[] = u"Scrivix.EditBufferA.1", description[] = u"Invalid Extent.", help_file[] = u"Scrivix.chm";
     EXPECT_EQ(creator->SetGUID(kSomeInterface), S_OK);
     EXPECT_EQ(creator->SetSource(source), S_OK);
     EXPECT_EQ(creator->SetDescription(description), S_OK);
     EXPECT_EQ(creator->SetHelpFile(help_file), S_OK);
     EXPECT_EQ(creator->SetHelpContext(0xFFFFFFFF), S_OK);
+    EXPECT_EQ(Read(record), (Fields{kSomeInterface, source, description, help_file, 0xFFFFFFFF}));
+    EXPECT_EQ(creator->SetSource(nullptr), S_OK);
+    EXPECT_EQ(creator->SetDescription(nullptr), S_OK);
+    EXPECT_EQ(Read(record), (Fields{kSomeInterface, u"", u"", help_file, 0xFFFFFFFF}));
 
-    IErrorInfo* record = nullptr;
-    ASSERT_EQ(creator->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&record)), S_OK);
-    GUID guid;
-    EXPECT_EQ(record->GetGUID(&guid), S_OK);
-    EXPECT_EQ(guid, kSomeInterface);
-    EXPECT_EQ(Text(record, &IErrorInfo::GetSource), source);
-    EXPECT_EQ(Text(record, &IErrorInfo::GetDescription), description);
-    EXPECT_EQ(Text(record, &IErrorInfo::GetHelpFile), help_file);
-    DWORD context = 0;
-    EXPECT_EQ(record->GetHelpContext(&context), S_OK);
-    EXPECT_EQ(context, 0xFFFFFFFFu);
-
-    // Each getter hands out a new string.
-    BSTR first = nullptr, second = nullptr;
-    record->GetSource(&first);
-    record->GetSource(&second);
+    BSTR first = nullptr, second = nullptr;  // each getter hands out a new string
+    record->GetHelpFile(&first);
+    record->GetHelpFile(&second);
     EXPECT_NE(first, second);
     SysFreeString(first);
     SysFreeString(second);
-    record->Release();
-    creator->Release();
-}
-
-TEST(ErrorInfo, NewRecordIsEmptyAndNullTextsCountAsEmpty) {
-    ICreateErrorInfo* creator = nullptr;
-    ASSERT_EQ(CreateErrorInfo(&creator), S_OK);
-    OLECHAR text[] = u"x";
-    creator->SetSource(text);
-    EXPECT_EQ(creator->SetSource(nullptr), S_OK);
-    EXPECT_EQ(creator->SetDescription(nullptr), S_OK);
-    IErrorInfo* record = nullptr;
-    creator->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&record));
-    GUID guid = kSomeInterface;
-    record->GetGUID(&guid);
-    EXPECT_EQ(guid, GUID_NULL);
-    EXPECT_EQ(Text(record, &IErrorInfo::GetSource), u"");
-    EXPECT_EQ(Text(record, &IErrorInfo::GetDescription), u"");
-    EXPECT_EQ(Text(record, &IErrorInfo::GetHelpFile), u"");
-    DWORD context = 7;
-    record->GetHelpContext(&context);
-    EXPECT_EQ(context, 0u);
-
     EXPECT_EQ(record->GetGUID(nullptr), E_POINTER);
     EXPECT_EQ(record->GetSource(nullptr), E_POINTER);
     EXPECT_EQ(record->GetDescription(nullptr), E_POINTER);
@@ -109,8 +103,7 @@ TEST(ErrorInfo, NewRecordIsEmptyAndNullTextsCountAsEmpty) {
 
 TEST(ErrorInfo, AnswersItsInterfacesWithOneIdentity) {
     IErrorInfo* record = NewRecord(u"");
-    IUnknown* through_record = nullptr;
-    IUnknown* through_creator = nullptr;
+    IUnknown *through_record = nullptr, *through_creator = nullptr;
     ICreateErrorInfo* creator = nullptr;
     ASSERT_EQ(record->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&through_record)), S_OK);
     ASSERT_EQ(record->QueryInterface(IID_ICreateErrorInfo, reinterpret_cast<void**>(&creator)), S_OK);
@@ -132,7 +125,6 @@ TEST(ErrorInfo, GetHandsTheRecordOverAndClearsIt) {
     IErrorInfo* record = nullptr;
     EXPECT_EQ(GetErrorInfo(0, &record), S_FALSE);
     EXPECT_EQ(record, nullptr);
-
     IErrorInfo* set = NewRecord(u"first");
     EXPECT_EQ(SetErrorInfo(0, set), S_OK);
     EXPECT_EQ(set->AddRef(), 3u);  // the caller's, the thread's and this one
@@ -143,29 +135,21 @@ TEST(ErrorInfo, GetHandsTheRecordOverAndClearsIt) {
     EXPECT_EQ(record, nullptr);
     set->Release();
     EXPECT_EQ(set->Release(), 0u);
+    // Reserved arguments must be zero.
+    EXPECT_EQ(SetErrorInfo(1, nullptr), E_INVALIDARG);
+    EXPECT_EQ(GetErrorInfo(1, &record), E_INVALIDARG);
+    EXPECT_EQ(GetErrorInfo(0, nullptr), E_INVALIDARG);
 }
 
 TEST(ErrorInfo, SetReplacesAndNullClears) {
     IErrorInfo* first = NewRecord(u"first");
     SetErrorInfo(0, first);
     EXPECT_EQ(first->Release(), 1u);
-    IErrorInfo* second = NewRecord(u"second");
-    SetErrorInfo(0, second);  // releases `first`, whose last reference was the thread's
-    second->Release();
+    SetCurrent(u"second");  // releases `first`, whose last reference was the thread's
     EXPECT_EQ(TakeCurrentDescription(), u"second");
-
-    IErrorInfo* third = NewRecord(u"third");
-    SetErrorInfo(0, third);
-    EXPECT_EQ(third->Release(), 1u);
+    SetCurrent(u"third");
     EXPECT_EQ(SetErrorInfo(0, nullptr), S_OK);
     EXPECT_EQ(TakeCurrentDescription(), u"(none)");
-}
-
-TEST(ErrorInfo, ReservedArgumentsMustBeZero) {
-    IErrorInfo* record = nullptr;
-    EXPECT_EQ(SetErrorInfo(1, nullptr), E_INVALIDARG);
-    EXPECT_EQ(GetErrorInfo(1, &record), E_INVALIDARG);
-    EXPECT_EQ(GetErrorInfo(0, nullptr), E_INVALIDARG);
 }
 
 // A record that sets another one as its last reference goes: the thread's holder must not lose it.
@@ -175,9 +159,7 @@ public:
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
     ULONG STDMETHODCALLTYPE Release() override {
         if (--references == 0) {
-            IErrorInfo* replacement = NewRecord(u"set while released");
-            SetErrorInfo(0, replacement);
-            replacement->Release();
+            SetCurrent(u"set while released");
             released = true;
         }
         return references;
@@ -203,15 +185,11 @@ TEST(ErrorInfo, ReleasingTheOldRecordMaySetANewOne) {
 // Threads.
 
 TEST(ErrorInfo, EachThreadHasItsOwnRecord) {
-    IErrorInfo* mine = NewRecord(u"main");
-    SetErrorInfo(0, mine);
-    mine->Release();
+    SetCurrent(u"main");
     std::u16string seen_by_other;
     std::thread([&] {
         seen_by_other = TakeCurrentDescription();
-        IErrorInfo* theirs = NewRecord(u"other");
-        SetErrorInfo(0, theirs);
-        theirs->Release();
+        SetCurrent(u"other");
     }).join();
     EXPECT_EQ(seen_by_other, u"(none)");
     EXPECT_EQ(TakeCurrentDescription(), u"main");
@@ -230,13 +208,11 @@ TEST(ErrorInfo, ARecordLeftOnAThreadIsReleasedWhenItEnds) {
 TEST(ErrorInfo, ConcurrentThreadsKeepTheirOwnRecords) {
     std::vector<std::thread> threads;
     std::atomic<int> mismatches{0};
-    for (int t = 0; t < 4; ++t) {
+    for (char16_t t = u'0'; t < u'4'; ++t) {
         threads.emplace_back([t, &mismatches] {
-            const std::u16string mine = u"thread " + std::u16string(1, static_cast<char16_t>(u'0' + t));
+            const std::u16string mine = u"thread " + std::u16string(1, t);
             for (int i = 0; i < 500; ++i) {
-                IErrorInfo* record = NewRecord(mine.c_str());
-                SetErrorInfo(0, record);
-                record->Release();
+                SetCurrent(mine.c_str());
                 if (TakeCurrentDescription() != mine) ++mismatches;
             }
         });

@@ -15,28 +15,20 @@ constexpr GUID kMixed = {0x0123ABCD, 0xEF01, 0x2345, {0x67, 0x89, 0xAB, 0xCD, 0x
 
 std::string Narrow(std::u16string_view text) { return {text.begin(), text.end()}; }
 
-// Formatting.
+// Formatting and parsing.
 
-TEST(Guid, FormatsInRegistryFormUpperCase) {
+TEST(Guid, FormatsInRegistryFormUpperCaseWithRoomForTheTerminator) {
     OLECHAR text[40];
-    EXPECT_EQ(StringFromGUID2(kMixed, text, 40), 39);
-    EXPECT_EQ(std::u16string(text), u"{0123ABCD-EF01-2345-6789-ABCDEF012345}");
-    EXPECT_EQ(GuidToString(kMixed), u"{0123ABCD-EF01-2345-6789-ABCDEF012345}");
-}
-
-TEST(Guid, FormattingNeedsRoomForTheTerminator) {
-    OLECHAR text[39];
     text[0] = u'#';
     EXPECT_EQ(StringFromGUID2(kMixed, text, 38), 0);
     EXPECT_EQ(text[0], u'#');
     EXPECT_EQ(StringFromGUID2(kMixed, nullptr, 39), 0);
     EXPECT_EQ(StringFromGUID2(kMixed, text, 39), 39);
-    EXPECT_EQ(text[38], u'\0');
+    EXPECT_EQ(std::u16string(text), u"{0123ABCD-EF01-2345-6789-ABCDEF012345}");
+    EXPECT_EQ(GuidToString(kMixed), text);
 }
 
-// Round trips.
-
-TEST(Guid, RoundTrips) {
+TEST(Guid, RoundTripsAndHexDigitsMayBeLowerCase) {
     const GUID all_ones = {0xFFFFFFFF, 0xFFFF, 0xFFFF, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}};
     for (const GUID& guid : {GUID_NULL, all_ones, kMixed, IID_IDispatch, IID_IErrorInfo, IID_IViewObjectEx}) {
         OLECHAR text[39];
@@ -46,15 +38,10 @@ TEST(Guid, RoundTrips) {
         EXPECT_TRUE(IsEqualGUID(parsed, guid)) << Narrow(text);
         EXPECT_EQ(GuidFromString(GuidToString(guid)), guid);
     }
-}
-
-TEST(Guid, HexDigitsMayBeLowerCase) {
     CLSID parsed;
     EXPECT_EQ(CLSIDFromString(u"{0123abcd-ef01-2345-6789-abcDEF012345}", &parsed), S_OK);
     EXPECT_EQ(parsed, kMixed);
 }
-
-// Malformed texts.
 
 TEST(Guid, MalformedTextsAreRefused) {
     const char16_t* const malformed[] = {
@@ -83,19 +70,14 @@ TEST(Guid, MalformedTextsAreRefused) {
     }
 }
 
-TEST(Guid, NullArguments) {
+TEST(Guid, NullArgumentsCountedTextAndEquality) {
     CLSID parsed;
     EXPECT_EQ(CLSIDFromString(nullptr, &parsed), CO_E_CLASSSTRING);
     EXPECT_EQ(CLSIDFromString(u"{0123ABCD-EF01-2345-6789-ABCDEF012345}", nullptr), E_INVALIDARG);
-}
-
-TEST(Guid, TheInternalParserTakesCountedText) {
+    // The internal parser takes counted text.
     const std::u16string text = u"{0123ABCD-EF01-2345-6789-ABCDEF012345}tail";
     EXPECT_EQ(GuidFromString(std::u16string_view(text).substr(0, 38)), kMixed);
     EXPECT_FALSE(GuidFromString(text));
-}
-
-TEST(Guid, Equality) {
     GUID other = kMixed;
     EXPECT_EQ(IsEqualGUID(other, kMixed), TRUE);
     other.Data4[7] ^= 1;

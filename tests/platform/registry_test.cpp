@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 #include <thread>
+#include <tuple>
 
 #include <unistd.h>
 
@@ -76,17 +77,13 @@ TEST_F(Registry, CreateMakesThePathAndTellsWhetherTheKeyIsNew) {
     EXPECT_TRUE(Exists(u"A\\B"));
     EXPECT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT, nullptr, 0, nullptr, 0, 0, nullptr, key.receive(), nullptr),
               ERROR_INVALID_PARAMETER);
-}
-
-TEST_F(Registry, NamesMatchWithoutRegardToCaseAndStayAsWritten) {
-    Create(u"Scrivix.EditBufferA\\CLSID");
+    // Names match without regard to case and stay as written.
     Create(u"Caf\u00c9");
-    EXPECT_TRUE(Exists(u"SCRIVIX.editbuffera\\clsid"));
     EXPECT_TRUE(Exists(u"caf\u00e9"));
-    EXPECT_EQ(Subkeys(HKEY_CLASSES_ROOT), (std::vector<std::u16string>{u"Caf\u00c9", u"Scrivix.EditBufferA"}));
+    EXPECT_EQ(Subkeys(HKEY_CLASSES_ROOT), (std::vector<std::u16string>{u"A", u"Caf\u00c9"}));
 }
 
-TEST_F(Registry, Open) {
+TEST_F(Registry, OpenGivesANewHandleOrNull) {
     HKEY raw = reinterpret_cast<HKEY>(1);
     EXPECT_EQ(RegOpenKeyExW(HKEY_CLASSES_ROOT, u"Missing", 0, KEY_READ, &raw), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(raw, nullptr);
@@ -140,15 +137,12 @@ TEST_F(Registry, QueryOfAStringFollowsTheSizeProtocol) {
               ERROR_SUCCESS);
     EXPECT_EQ(std::u16string(text), u"Both");
     EXPECT_EQ(RegQueryValueExW(key.get(), u"Other", nullptr, nullptr, nullptr, &size), ERROR_FILE_NOT_FOUND);
-}
-
-TEST_F(Registry, TheDefaultValueHasANullOrEmptyName) {
-    RegistryKey key = Create(u"Default");
+    // The default value has a null or empty name.
     EXPECT_EQ(RegQueryValueExW(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr), ERROR_FILE_NOT_FOUND);
     ASSERT_EQ(SetString(key.get(), u"", u"text"), ERROR_SUCCESS);
     EXPECT_EQ(Bytes(key.get(), nullptr).size(), 10u);
-    EXPECT_EQ(ReadRegistryString(u"default"), u"text");
-    EXPECT_EQ(ReadRegistryString(u"default", u"named"), std::nullopt);
+    EXPECT_EQ(ReadRegistryString(u"values"), u"text");
+    EXPECT_EQ(ReadRegistryString(u"values", u"named"), std::nullopt);
     EXPECT_EQ(ReadRegistryString(u"missing"), std::nullopt);
 }
 
@@ -161,20 +155,17 @@ TEST_F(Registry, StringsAreWholeUnitsWithOneTerminatorAndOtherTypesTheirBytes) {
     ASSERT_EQ(Set(key.get(), u"empty", REG_EXPAND_SZ, nullptr, 0), ERROR_SUCCESS);
     ASSERT_EQ(Set(key.get(), u"n", REG_DWORD, &number, 4), ERROR_SUCCESS);
     ASSERT_EQ(Set(key.get(), u"b", REG_BINARY, blob, 3), ERROR_SUCCESS);
-    DWORD type = 0;
-    EXPECT_EQ(Bytes(key.get(), u"t").size(), 6u);
-    EXPECT_EQ(Bytes(key.get(), u"odd"), (std::vector<BYTE>{'a', 0, 0, 0}));
-    EXPECT_EQ(Bytes(key.get(), u"empty", &type), (std::vector<BYTE>{0, 0}));
-    EXPECT_EQ(type, REG_EXPAND_SZ);
-    EXPECT_EQ(Bytes(key.get(), u"n", &type), (std::vector<BYTE>{4, 3, 2, 1}));
-    EXPECT_EQ(type, REG_DWORD);
-    EXPECT_EQ(Bytes(key.get(), u"b", &type), (std::vector<BYTE>{0, 0xFF, 7}));
-    EXPECT_EQ(type, REG_BINARY);
+    const std::tuple<const char16_t*, DWORD, std::vector<BYTE>> stored[] = {
+        {u"t", REG_SZ, {'a', 0, 'b', 0, 0, 0}}, {u"odd", REG_SZ, {'a', 0, 0, 0}}, {u"empty", REG_EXPAND_SZ, {0, 0}},
+        {u"n", REG_DWORD, {4, 3, 2, 1}},         {u"b", REG_BINARY, {0, 0xFF, 7}},
+    };
+    for (const auto& [name, type, bytes] : stored) {
+        DWORD stored_type = 0;
+        EXPECT_EQ(Bytes(key.get(), name, &stored_type), bytes);
+        EXPECT_EQ(stored_type, type);
+    }
     EXPECT_EQ(ReadRegistryString(u"Types", u"n"), std::nullopt);  // not a string
-}
-
-TEST_F(Registry, BadValueArgumentsAreRefused) {
-    RegistryKey key = Create(u"Args");
+    // Bad arguments.
     DWORD reserved = 0, size = 0;
     BYTE data[4];
     EXPECT_EQ(RegQueryValueExW(key.get(), nullptr, &reserved, nullptr, nullptr, &size), ERROR_INVALID_PARAMETER);
@@ -206,7 +197,7 @@ TEST_F(Registry, EnumerationFollowsTheWin32Protocol) {
 
 // Deletion.
 
-TEST_F(Registry, DeleteKeyTakesOnlyAKeyWithoutSubkeys) {
+TEST_F(Registry, DeleteKeyTakesOnlyAKeyWithoutSubkeysAndTreesGoWhole) {
     Create(u"Tree\\Leaf");
     EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Tree"), ERROR_ACCESS_DENIED);
     EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"TREE\\leaf"), ERROR_SUCCESS);
@@ -216,9 +207,7 @@ TEST_F(Registry, DeleteKeyTakesOnlyAKeyWithoutSubkeys) {
     EXPECT_FALSE(Exists(u"Tree"));
     EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u""), ERROR_ACCESS_DENIED);
     EXPECT_EQ(DeleteRegistryTree(HKEY_CLASSES_ROOT, u""), ERROR_ACCESS_DENIED);
-}
-
-TEST_F(Registry, DeleteRegistryTreeAndValue) {
+    // A whole tree, and single values.
     RegistryKey leaf = Create(u"Whole\\Middle\\Leaf");
     Create(u"Wholesome");
     ASSERT_EQ(SetString(leaf.get(), u"v", u"x"), ERROR_SUCCESS);
@@ -232,7 +221,7 @@ TEST_F(Registry, DeleteRegistryTreeAndValue) {
 
 // Handles.
 
-TEST_F(Registry, AHandleOutlivesItsDeletedKeySafely) {
+TEST_F(Registry, HandlesOfDeletedKeysAndClosedHandlesFailSafely) {
     RegistryKey key = Create(u"Doomed\\Child"), other;
     Create(u"Grandchild", key.get());
     ASSERT_EQ(DeleteRegistryTree(HKEY_CLASSES_ROOT, u"Doomed"), ERROR_SUCCESS);
@@ -250,9 +239,7 @@ TEST_F(Registry, AHandleOutlivesItsDeletedKeySafely) {
     ReloadRegistry();
     EXPECT_EQ(SetString(recreated.get(), nullptr, u"x"), ERROR_KEY_DELETED);
     EXPECT_EQ(RegCloseKey(key.release()), ERROR_SUCCESS);
-}
-
-TEST_F(Registry, ClosedAndUnknownHandlesAreInvalid) {
+    // Closed and unknown handles are invalid.
     HKEY raw = Create(u"Closed").get();  // closed by its owner at the end of the statement
     EXPECT_EQ(RegCloseKey(raw), ERROR_INVALID_HANDLE);
     EXPECT_EQ(SetString(raw, nullptr, u"x"), ERROR_INVALID_HANDLE);
@@ -377,7 +364,7 @@ TEST_F(RegistryFile, AFileThatCannotBeParsedIsReportedOnceAndIgnored) {
     }
 }
 
-TEST_F(RegistryFile, ChangesInABatchAreWrittenOnceAtItsEnd) {
+TEST_F(RegistryFile, ChangesInABatchAreWrittenOnceAtItsEndAndOnlyWithTheVariable) {
     {
         RegistryBatch batch;
         Create(u"Batched");
@@ -388,9 +375,8 @@ TEST_F(RegistryFile, ChangesInABatchAreWrittenOnceAtItsEnd) {
         EXPECT_FALSE(std::filesystem::exists(file_));
     }
     EXPECT_NE(FileText().find("[Inner]"), std::string::npos);
-}
-
-TEST_F(RegistryFile, WithoutTheVariableNothingIsWritten) {
+    // Without the variable nothing is written.
+    std::filesystem::remove(file_);
     ::unsetenv("SCRIVIX_REGISTRY");
     ReloadRegistry();
     Create(u"InMemory");

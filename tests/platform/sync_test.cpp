@@ -19,10 +19,7 @@ TEST(ManualResetEvent, ReleasesEveryWaiterAndStaysSet) {
     ManualResetEvent event(group, false);
     std::atomic<int> released{0};
     std::vector<std::thread> waiters;
-    for (int i = 0; i < 3; ++i) waiters.emplace_back([&] {
-        event.Wait();
-        ++released;
-    });
+    for (int i = 0; i < 3; ++i) waiters.emplace_back([&] { event.Wait(); ++released; });
     EXPECT_FALSE(event.IsSet());
     event.Set();
     for (auto& waiter : waiters) waiter.join();
@@ -59,12 +56,10 @@ TEST(ManualResetEvent, WaitAnyGivesTheIndexOfASetEvent) {
     setter.join();
 }
 
-TEST(CriticalSection, TheHolderMayEnterAgain) {
+TEST(CriticalSection, TheHolderMayEnterAgainButNoOtherThread) {
     CriticalSection section;
-    CriticalSectionLock outer(section);
-    CriticalSectionLock inner(section);
-    std::thread other([&] { EXPECT_FALSE(section.try_lock()); });
-    other.join();
+    CriticalSectionLock outer(section), inner(section);
+    std::thread([&] { EXPECT_FALSE(section.try_lock()); }).join();
 }
 
 TEST(ProcessId, IsThisProcess) { EXPECT_EQ(CurrentProcessId(), static_cast<LONG>(::getpid())); }
