@@ -9,7 +9,7 @@ namespace scrivix::test {
 namespace {
 
 using IteratorEditTest = IteratorTest;
-INSTANTIATE_TEST_SUITE_P(Widths, IteratorEditTest, ::testing::Values(kNarrow, kWide), WidthName);
+SCRIVIX_FOR_BOTH_WIDTHS(IteratorEditTest);
 
 void Edit(IEditBuffer* buffer, LONG origin, LONG extent, std::u16string_view text) {
     ASSERT_EQ(buffer->Replace(origin, extent, Bstr(text).Get()), S_OK);

@@ -2,19 +2,12 @@
 // and the live segments to.
 #pragma once
 
-#include "segment_sink.h"
+#include "support/text_segments.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <optional>
-#include <string>
 
 namespace scrivix::test {
-
-// Modified(origin, old_length, new_length) of a buffer.
-struct Edit {
-    LONG origin, old_length, new_length;
-};
 
 struct Outcome {
     Range range;
@@ -31,7 +24,7 @@ struct Outcome {
 // text, the limit when it lies at or beyond its end. A holding end is clipped to the buffer's new end, a
 // following limit to the origin. The listeners hear of a clipped end, and of a limit that followed the
 // edit while the origin did not lie beyond it. The length is needed only where an end holds.
-inline Outcome Reference(Range range, Edit edit, LONG length) {
+inline Outcome Reference(Range range, SourceEdit edit, LONG length) {
     const int64_t replaced_end = int64_t{edit.origin} + edit.old_length;
     const int64_t shift = int64_t{edit.new_length} - edit.old_length;
     const bool origin_follows = range.origin > replaced_end;
