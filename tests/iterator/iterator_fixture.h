@@ -1,14 +1,34 @@
 // A pattern iterator made by class name over a text segment ("Scrivix.TextSegment") of either width, or
-// over a sub-section of one, with helpers that add patterns and read each stop as the client sees it.
+// over a sub-section of one, or over a segment whose events the test fires by hand, with helpers that add
+// patterns and read each stop as the client sees it.
 #pragma once
 
-#include "hand_fired_segment.h"
+#include "segment/text_segment.h"
 #include "support/text_segments.h"
 
 #include <optional>
 #include <vector>
 
 namespace scrivix::test {
+
+// A real text segment whose events a test can also fire by hand: the only way to send an iterator a
+// Reset with a start other than 0, or a Modified that no edit of the text caused.
+class HandFiredSegment : public DTextSegment {
+public:
+    static ComPtr<ITextSegment> Make() {
+        ComPtr<ITextSegment> segment;
+        EXPECT_EQ(MakeObject<HandFiredSegment>(segment), S_OK);
+        return segment;
+    }
+    static HandFiredSegment& Of(ITextSegment* segment) { return *static_cast<HandFiredSegment*>(segment); }
+
+    void FireModified(LONG origin, LONG old_length, LONG new_length) {
+        Fire([&](_ITextSegmentEvents* sink) { return sink->Modified(origin, old_length, new_length); });
+    }
+    void FireReset(LONG start_at) {
+        Fire([&](_ITextSegmentEvents* sink) { return sink->Reset(start_at); });
+    }
+};
 
 // One stop of the iterator: Offset, Length, MatchedBy and the text of the segment Next handed out.
 struct Stop {

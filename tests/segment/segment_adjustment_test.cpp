@@ -2,7 +2,7 @@
 // length is asked for, a failing length, and long random edit sequences against the plain re-statement.
 #include "segment/segment_adjustment.h"
 
-#include "segment_reference.h"
+#include "segment_sink.h"
 
 #include <vector>
 

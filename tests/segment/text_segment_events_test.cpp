@@ -1,7 +1,6 @@
 // A segment's place in the edit chain: its listeners and its connection point, several segments over one
 // buffer, long random edit sequences through live segments against the plain rule, and the lifetimes of
 // segments, sub-sections and buffers (no reference cycle, nothing left alive).
-#include "segment_reference.h"
 #include "segment_sink.h"
 
 #include <memory>
