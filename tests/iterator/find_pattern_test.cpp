@@ -1,35 +1,14 @@
 // The whole road of a request, for both widths: a text segment loads a file, FindPattern starts an
 // iterator with a target and an ignore pattern, the iterator visits every occurrence outside comments
-// and replaces some of them, and the segment writes the file back.
+// and replaces some of them, and the segment writes the file back; a text that does not occur outside
+// comments gives an iterator at the end.
 #include "iterator_fixture.h"
 
+#include "support/buffer_widths.h"
 #include "support/temp_dir.h"
 
 namespace scrivix::test {
 namespace {
-
-class FindPatternTest : public ::testing::TestWithParam<Width> {
-protected:
-    bool Wide() const { return std::u16string_view(GetParam().pattern_class) == kWide.pattern_class; }
-    // The bytes of `text` in a file of the width: 8-bit characters, or a mark and little-endian units.
-    std::string FileBytes(std::u16string_view text) const {
-        std::string bytes = Wide() ? "\xFF\xFE" : "";
-        for (char16_t unit : text) {
-            bytes += static_cast<char>(unit & 0xFF);
-            if (Wide()) bytes += static_cast<char>(unit >> 8);
-        }
-        return bytes;
-    }
-    ComPtr<ITextSegment> LoadedSegment(const Bstr& name) {
-        ComPtr<ITextSegment> segment;
-        EXPECT_EQ(CreateFromClassName(Bstr(u"Scrivix.TextSegment").Get(), segment), S_OK);
-        EXPECT_EQ(segment->put_BufferClass(Bstr(GetParam().buffer_class).Get()), S_OK);
-        LONG actual = 0;
-        EXPECT_EQ(segment->LoadFile(name.Get(), file_in, &actual), S_OK);
-        return segment;
-    }
-};
-INSTANTIATE_TEST_SUITE_P(Widths, FindPatternTest, ::testing::Values(kNarrow, kWide), WidthName);
 
 // Words are bounded by white space, as whole-word searches want them.
 constexpr char16_t kSource[] =
@@ -40,16 +19,35 @@ constexpr char16_t kSource[] =
 // C comments without stars inside: "/*", anything but a star (line breaks too), "*/".
 constexpr char16_t kComment[] = u"/\\*[^*]*\\*/";
 
-TEST_P(FindPatternTest, EveryOccurrenceOutsideCommentsIsVisitedAndSomeAreReplacedInTheFile) {
-    TempDir dir;
-    const Bstr name(dir.Name("source.c"));
-    WriteBytes(dir.Path("source.c"), FileBytes(kSource));
-    auto segment = LoadedSegment(name);
+class FindPatternTest : public ::testing::TestWithParam<Width> {
+protected:
+    // The bytes of `text` in a file of the width: 8-bit characters, or a mark and little-endian units.
+    std::string FileBytes(std::u16string_view text) const {
+        return GetParam().char_size == 2 ? StreamBytes<WideBuffer>(text) : StreamBytes<NarrowBuffer>(text);
+    }
+    void SetUp() override {
+        WriteBytes(dir_.Path("source.c"), FileBytes(kSource));
+        segment_ = MakeByName<ITextSegment>(u"Scrivix.TextSegment");
+        ASSERT_EQ(segment_->put_BufferClass(Bstr(GetParam().buffer_class).Get()), S_OK);
+        LONG actual = 0;
+        ASSERT_EQ(segment_->LoadFile(name_.Get(), file_in, &actual), S_OK);
+    }
+    ComPtr<IPatternIterator> Find(std::u16string_view text, LONG options) {
+        ComPtr<IPatternIterator> iterator;
+        EXPECT_EQ(segment_->FindPattern(Bstr(text).Get(), options, Bstr(kComment).Get(), poRegExpression,
+                                        iterator.Put()),
+                  S_OK);
+        return iterator;
+    }
+    TempDir dir_;
+    const Bstr name_{dir_.Name("source.c")};
+    ComPtr<ITextSegment> segment_;
+};
+SCRIVIX_FOR_BOTH_WIDTHS(FindPatternTest);
 
-    ComPtr<IPatternIterator> iterator;
-    ASSERT_EQ(segment->FindPattern(Bstr(u"count").Get(), poWholeWord, Bstr(kComment).Get(), poRegExpression,
-                                   iterator.Put()),
-              S_OK);
+TEST_P(FindPatternTest, EveryOccurrenceOutsideCommentsIsVisitedAndSomeAreReplacedInTheFile) {
+    auto iterator = Find(u"count", poWholeWord);
+    ASSERT_TRUE(iterator);
     // It stands on the first occurrence already; every other is one Next further on. The first and
     // the third are renamed, the first to a shorter text.
     std::vector<std::u16string> visited;
@@ -77,24 +75,13 @@ TEST_P(FindPatternTest, EveryOccurrenceOutsideCommentsIsVisitedAndSomeAreReplace
         u"count = total + lines ; /* count\n"
         u"   more */ print ( count ) ; // counted\n";
     LONG written = 0;
-    ASSERT_EQ(segment->WriteFile(name.Get(), file_out | file_trunc | file_binary, &written), S_OK);
-    EXPECT_EQ(ReadBytes(dir.Path("source.c")), FileBytes(edited));
-    EXPECT_EQ(static_cast<size_t>(written), edited.size() * (Wide() ? 2 : 1)) << "the text's bytes, without a mark";
-}
+    ASSERT_EQ(segment_->WriteFile(name_.Get(), file_out | file_trunc | file_binary, &written), S_OK);
+    EXPECT_EQ(ReadBytes(dir_.Path("source.c")), FileBytes(edited));
+    EXPECT_EQ(written, static_cast<LONG>(edited.size()) * GetParam().char_size) << "the text's bytes, without a mark";
 
-TEST_P(FindPatternTest, ATextThatDoesNotOccurGivesAnIteratorAtTheEnd) {
-    TempDir dir;
-    const Bstr name(dir.Name("source.c"));
-    WriteBytes(dir.Path("source.c"), FileBytes(kSource));
-    auto segment = LoadedSegment(name);
-    ComPtr<IPatternIterator> iterator;
-    // "more" occurs only inside a comment, "total" nowhere.
-    for (const char16_t* text : {u"more", u"total"}) {
-        SCOPED_TRACE(std::string(text, text + std::char_traits<char16_t>::length(text)));
-        ASSERT_EQ(segment->FindPattern(Bstr(text).Get(), poNone, Bstr(kComment).Get(), poRegExpression,
-                                       iterator.Put()),
-                  S_OK);
-        VARIANT_BOOL at_end = VARIANT_FALSE;
+    // "more" occurs only inside a comment, "zero" nowhere.
+    for (const char16_t* text : {u"more", u"zero"}) {
+        iterator = Find(text, poNone);
         LONG matched = 0;
         EXPECT_EQ(iterator->End(&at_end), S_OK);
         EXPECT_EQ(at_end, VARIANT_TRUE);

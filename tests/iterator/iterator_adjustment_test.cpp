@@ -3,10 +3,9 @@
 // restatement of the rule.
 #include "iterator/iterator_adjustment.h"
 
-#include <gtest/gtest.h>
+#include "support/text_segments.h"
 
 #include <cstdint>
-#include <random>
 
 namespace scrivix {
 
@@ -131,28 +130,25 @@ IteratorPositions Restated(IteratorPositions at, SourceEdit edit, LONG length) {
 }
 
 TEST(IteratorAdjustment, LongRandomEditSequencesAgreeWithTheRestatement) {
-    std::mt19937 random(20240611);
-    const auto uniform = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
+    test::RandomEdits edits(20240611);
     for (int sequence = 0; sequence < 200; ++sequence) {
-        LONG length = uniform(0, 60);
-        IteratorPositions at{uniform(-3, 5), 0, 0, uniform(-1, 2)};
-        at.start = uniform(0, length);
-        at.end = uniform(at.start, length);
+        LONG length = edits.Between(0, 60);
+        IteratorPositions at{edits.Between(-3, 5), 0, 0, edits.Between(-1, 2)};
         for (int step = 0; step < 500; ++step) {
+            // Now and then a new selection, as a Next would make.
+            if (step == 0 || edits.Between(0, 9) == 0) {
+                at.start = edits.Between(0, length);
+                at.end = edits.Between(at.start, length);
+                if (step > 0) at.matched = edits.Between(0, 2);
+            }
             // Edits around and inside the source, some reaching in front of it (negative origins).
-            SourceEdit edit{uniform(-8, length + 4), uniform(0, 12), uniform(0, 12)};
+            const SourceEdit edit = edits.Next(length, 12, 8);
             length = std::max<LONG>(0, length + edit.new_length - edit.old_length);
-            const IteratorPositions expected = Restated(at, edit, length);
             const Adjusted adjusted = Adjust(at, edit, length);
-            ASSERT_EQ(adjusted.at, expected) << "sequence " << sequence << " step " << step << " from " << ::testing::PrintToString(at);
+            ASSERT_EQ(adjusted.at, Restated(at, edit, length))
+                << "sequence " << sequence << " step " << step << " from " << ::testing::PrintToString(at);
             ASSERT_LE(adjusted.length_calls, 1);
             at = adjusted.at;
-            // Now and then a new selection, as a Next would make.
-            if (uniform(0, 9) == 0) {
-                at.start = uniform(0, length);
-                at.end = uniform(at.start, length);
-                at.matched = uniform(0, 2);
-            }
         }
     }
 }

@@ -9,7 +9,7 @@ namespace scrivix::test {
 namespace {
 
 using IteratorEditTest = IteratorTest;
-INSTANTIATE_TEST_SUITE_P(Widths, IteratorEditTest, ::testing::Values(kNarrow, kWide), WidthName);
+SCRIVIX_FOR_BOTH_WIDTHS(IteratorEditTest);
 
 void Edit(IEditBuffer* buffer, LONG origin, LONG extent, std::u16string_view text) {
     ASSERT_EQ(buffer->Replace(origin, extent, Bstr(text).Get()), S_OK);
@@ -70,50 +70,46 @@ TEST_P(IteratorEditTest, ReplaceInEachMode) {
     }
 }
 
-// Edits made directly on the buffer.
+// Edits made directly on the buffer: the selection after them, and the stops that follow. A selection
+// whose match was dropped cannot be replaced.
 
-TEST_P(IteratorEditTest, AnInsertionInFrontMovesTheBaseAndTheSearchFollowsTheText) {
-    Open(u"a.b.a.b");
-    Target(u"b");
-    EXPECT_EQ(Next(), (Stop{2, 1, 0, u"b"}));
-    Edit(buffer_.Get(), 0, 0, u"bb");
-    // Offset counts from the base, which moved by 2; the selection is still the same character.
-    EXPECT_EQ(Here(), (Stop{2, 1, 0, u"b"}));
-    EXPECT_EQ(Next(), (Stop{6, 1, 0, u"b"}));
-    EXPECT_EQ(Next(), EndStop(7));
-    EXPECT_EQ(BufferText(), u"bba.b.a.b");
-}
+struct BufferEdit {
+    LONG origin, extent;
+    std::u16string text;
+};
+const struct {
+    const char* what;
+    std::u16string text, target;
+    LONG first_at;
+    std::vector<BufferEdit> edits;
+    Stop here;
+    std::vector<Stop> then;
+} kBufferEdits[] = {
+    {"an insertion in front moves the base: Offset counts from it, the selection is the same character",
+     u"a.b.a.b", u"b", 0, {{0, 0, u"bb"}}, {2, 1, 0, u"b"}, {{6, 1, 0, u"b"}, EndStop(7)}},
+    {"an edit inside the selection drops the match", u"one two three", u"two", 0, {{5, 1, u"WW"}},
+     {4, 4, -1, u"tWWo"}, {EndStop(14)}},
+    {"edits behind the selection leave it and are found by the next search: the second occurrence goes, "
+     "one comes in between",
+     u"a....a....a", u"a", 0, {{5, 1, u""}, {2, 0, u"a"}}, {0, 1, 0, u"a"},
+     {{2, 1, 0, u"a"}, {10, 1, 0, u"a"}, EndStop(11)}},
+    {"deleting the rest pulls the positions back to the source's end", u"a....a....a", u"a", 4, {{3, 8, u""}},
+     {3, 0, -1, u""}, {EndStop(3)}},
+};
 
-TEST_P(IteratorEditTest, AnEditInsideTheSelectionDropsTheMatch) {
-    Open(u"one two three");
-    Target(u"two");
-    iterator_->First(0, nullptr);
-    Edit(buffer_.Get(), 5, 1, u"WW");
-    EXPECT_EQ(Here(), (Stop{4, 4, -1, u"tWWo"}));
-    EXPECT_EQ(iterator_->Replace(Bstr(u"x").Get()), MessageStatus(kNoCurrentSelection));
-    EXPECT_EQ(Next(), EndStop(14));
-}
-
-TEST_P(IteratorEditTest, EditsBehindTheSelectionAreFoundByTheNextSearch) {
-    Open(u"a....a....a");
-    Target(u"a");
-    iterator_->First(0, nullptr);
-    Edit(buffer_.Get(), 5, 1, u"");       // the second occurrence goes
-    Edit(buffer_.Get(), 2, 0, u"a");      // and one comes in between
-    EXPECT_EQ(Here(), (Stop{0, 1, 0, u"a"})) << "edits behind the selection leave it";
-    EXPECT_EQ(Next(), (Stop{2, 1, 0, u"a"}));
-    EXPECT_EQ(Next(), (Stop{10, 1, 0, u"a"}));
-    EXPECT_EQ(Next(), EndStop(11));
-}
-
-TEST_P(IteratorEditTest, DeletingTheRestPullsThePositionsBackToTheSourcesEnd) {
-    Open(u"a....a....a");
-    Target(u"a");
-    iterator_->First(4, nullptr);
-    EXPECT_EQ(Here(), (Stop{5, 1, 0, u"a"}));
-    Edit(buffer_.Get(), 3, 8, u"");
-    EXPECT_EQ(Here(), (Stop{3, 0, -1, u""}));
-    EXPECT_EQ(Next(), EndStop(3));
+TEST_P(IteratorEditTest, EditsOfTheBuffer) {
+    for (const auto& c : kBufferEdits) {
+        SCOPED_TRACE(c.what);
+        Open(c.text);
+        Target(c.target);
+        ASSERT_EQ(iterator_->First(c.first_at, nullptr), S_OK);
+        for (const BufferEdit& e : c.edits) Edit(buffer_.Get(), e.origin, e.extent, e.text);
+        EXPECT_EQ(Here(), c.here);
+        if (c.here.matched == -1) {
+            EXPECT_EQ(iterator_->Replace(Bstr(u"x").Get()), MessageStatus(kNoCurrentSelection));
+        }
+        for (const Stop& stop : c.then) EXPECT_EQ(Next(), stop);
+    }
 }
 
 TEST_P(IteratorEditTest, ASourceInsideTheBufferFollowsEditsAroundIt) {

@@ -1,31 +1,34 @@
 // A pattern iterator made by class name over a text segment ("Scrivix.TextSegment") of either width, or
-// over a sub-section of one, with helpers that add patterns and read each stop as the client sees it.
+// over a sub-section of one, or over a segment whose events the test fires by hand, with helpers that add
+// patterns and read each stop as the client sees it.
 #pragma once
 
-#include "hand_fired_segment.h"
-#include "frame/class_name.h"
-#include "platform/bstr.h"
-#include "platform/com_ptr.h"
-#include "support/test_support.h"
+#include "segment/text_segment.h"
+#include "support/text_segments.h"
 
-#include <gtest/gtest.h>
-
-#include <ostream>
-#include <string>
+#include <optional>
 #include <vector>
 
 namespace scrivix::test {
 
-struct Width {
-    const char* name;
-    const char16_t* buffer_class;
-    const char16_t* pattern_class;  // the buffer's PatternClass, which the iterator takes from its source
-};
-inline const Width kNarrow{"Narrow", u"Scrivix.EditBufferA", u"Scrivix.PatternA"};
-inline const Width kWide{"Wide", u"Scrivix.EditBufferU", u"Scrivix.PatternU"};
+// A real text segment whose events a test can also fire by hand: the only way to send an iterator a
+// Reset with a start other than 0, or a Modified that no edit of the text caused.
+class HandFiredSegment : public DTextSegment {
+public:
+    static ComPtr<ITextSegment> Make() {
+        ComPtr<ITextSegment> segment;
+        EXPECT_EQ(MakeObject<HandFiredSegment>(segment), S_OK);
+        return segment;
+    }
+    static HandFiredSegment& Of(ITextSegment* segment) { return *static_cast<HandFiredSegment*>(segment); }
 
-inline void PrintTo(const Width& width, std::ostream* out) { *out << width.name; }
-inline std::string WidthName(const ::testing::TestParamInfo<Width>& info) { return info.param.name; }
+    void FireModified(LONG origin, LONG old_length, LONG new_length) {
+        Fire([&](_ITextSegmentEvents* sink) { return sink->Modified(origin, old_length, new_length); });
+    }
+    void FireReset(LONG start_at) {
+        Fire([&](_ITextSegmentEvents* sink) { return sink->Reset(start_at); });
+    }
+};
 
 // One stop of the iterator: Offset, Length, MatchedBy and the text of the segment Next handed out.
 struct Stop {
@@ -41,43 +44,24 @@ inline std::ostream& operator<<(std::ostream& out, const Stop& stop) {
 // The stop at the end of a source of `length` characters.
 inline Stop EndStop(LONG length) { return {length, 0, -1, u""}; }
 
-inline std::u16string TextOf(ITextSegment* segment) {
-    Bstr text;
-    if (segment) segment->get_Text(text.Put());
-    return std::u16string(text.View());
-}
-
-// The description of the thread's error record, which this takes.
-inline std::u16string ErrorDescription() {
-    ComPtr<IErrorInfo> info;
-    GetErrorInfo(0, info.Put());
-    Bstr description;
-    if (info) info->GetDescription(description.Put());
-    return std::u16string(description.View());
-}
+inline std::u16string ErrorDescription() { return TakeErrorRecord().description; }
 
 class IteratorTest : public ::testing::TestWithParam<Width> {
 protected:
     // A segment of the width's buffer class holding `text`, the source [origin, limit) of it (limit -1:
     // the end; the whole segment, or else a sub-section of it) and an iterator on the source.
     void Open(std::u16string_view text, LONG origin = 0, LONG limit = -1) {
-        ComPtr<ITextSegment> segment;
-        ASSERT_EQ(CreateFromClassName(Bstr(u"Scrivix.TextSegment").Get(), segment), S_OK);
-        Bind(segment, text, origin, limit);
+        Bind(MakeByName<ITextSegment>(u"Scrivix.TextSegment"), text, origin, limit);
     }
     // The same over a segment of the whole text whose events the test can also fire by hand.
     void OpenHandFired(std::u16string_view text) { Bind(HandFiredSegment::Make(), text, 0, -1); }
-    static ComPtr<IPatternIterator> NewIterator() {
-        ComPtr<IPatternIterator> iterator;
-        EXPECT_EQ(CreateFromClassName(Bstr(u"Scrivix.PatternIterator").Get(), iterator), S_OK);
-        return iterator;
-    }
+    static ComPtr<IPatternIterator> NewIterator() { return MakeByName<IPatternIterator>(u"Scrivix.PatternIterator"); }
 
-    // Adds a pattern made by the iterator; a look-ahead of 0 keeps the pattern's own.
-    LONG Target(std::u16string_view text, LONG options = poNone, LONG look_ahead = 0) {
+    // Adds a pattern made by the iterator; without a look-ahead it keeps the pattern's own.
+    LONG Target(std::u16string_view text, LONG options = poNone, std::optional<LONG> look_ahead = {}) {
         return Add(&IPatternIterator::NewTarget, &IPatternIterator::get_Target, text, options, look_ahead);
     }
-    LONG Ignore(std::u16string_view text, LONG options = poNone, LONG look_ahead = 0) {
+    LONG Ignore(std::u16string_view text, LONG options = poNone, std::optional<LONG> look_ahead = {}) {
         return Add(&IPatternIterator::NewIgnore, &IPatternIterator::get_Ignore, text, options, look_ahead);
     }
 
@@ -145,13 +129,13 @@ private:
 
     using Make = HRESULT (STDMETHODCALLTYPE IPatternIterator::*)(BSTR, LONG, LONG*);
     using Get = HRESULT (STDMETHODCALLTYPE IPatternIterator::*)(LONG, IPattern**);
-    LONG Add(Make make, Get get, std::u16string_view text, LONG options, LONG look_ahead) {
+    LONG Add(Make make, Get get, std::u16string_view text, LONG options, std::optional<LONG> look_ahead) {
         LONG id = -1;
         EXPECT_EQ((iterator_.Get()->*make)(Bstr(text).Get(), options, &id), S_OK);
-        if (look_ahead != 0) {
+        if (look_ahead) {
             ComPtr<IPattern> pattern;
             EXPECT_EQ((iterator_.Get()->*get)(id, pattern.Put()), S_OK);
-            if (pattern) pattern->put_LookAhead(look_ahead);
+            if (pattern) pattern->put_LookAhead(*look_ahead);
         }
         return id;
     }

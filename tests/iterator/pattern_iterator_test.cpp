@@ -9,7 +9,7 @@ namespace scrivix::test {
 namespace {
 
 using PatternIteratorTest = IteratorTest;
-INSTANTIATE_TEST_SUITE_P(Widths, PatternIteratorTest, ::testing::Values(kNarrow, kWide), WidthName);
+SCRIVIX_FOR_BOTH_WIDTHS(PatternIteratorTest);
 
 // A new iterator and its source.
 
@@ -56,7 +56,7 @@ TEST_P(PatternIteratorTest, TheSourceGivesItsPatternClassAndCanBeChangedOrDroppe
     EXPECT_FALSE(segment);
 }
 
-// Patterns.
+// Patterns: numbering, indexes, and patterns that cannot be made or cannot search.
 
 TEST_P(PatternIteratorTest, PatternsAreNumberedInTheOrderOfAdding) {
     Open(u"abc");
@@ -76,22 +76,15 @@ TEST_P(PatternIteratorTest, PatternsAreNumberedInTheOrderOfAdding) {
     EXPECT_EQ(id, 1);
     EXPECT_EQ(iterator_->AddTarget(reinterpret_cast<IPattern*>(buffer_.Get()), &id), E_INVALIDARG)
         << "an object that is not a pattern is refused";
-}
-
-TEST_P(PatternIteratorTest, AnIndexOutsideAListReports10507) {
-    Open(u"abc");
-    Target(u"a");
-    for (LONG index : {-1, 1}) {
-        ComPtr<IPattern> pattern;
+    for (LONG index : {-1, 2}) {
         EXPECT_EQ(iterator_->get_Target(index, pattern.Put()), MessageStatus(kInvalidPatternIndex));
         EXPECT_EQ(ErrorDescription(), u"Invalid Pattern index.");
         EXPECT_FALSE(pattern);
     }
-    ComPtr<IPattern> pattern;
-    EXPECT_EQ(iterator_->get_Ignore(0, pattern.Put()), static_cast<HRESULT>(0x8004290B));
+    EXPECT_EQ(iterator_->get_Ignore(2, pattern.Put()), static_cast<HRESULT>(0x8004290B));
 }
 
-TEST_P(PatternIteratorTest, NewPatternFailures) {
+TEST_P(PatternIteratorTest, PatternsThatCannotBeMadeOrCannotSearch) {
     Open(u"abc");
     LONG id = -1;
     // The pattern's own failure comes back by its text under DISP_E_EXCEPTION; nothing is added.
@@ -99,35 +92,22 @@ TEST_P(PatternIteratorTest, NewPatternFailures) {
     EXPECT_EQ(ErrorDescription(), u"Improper closure of Regular Expression.");
     ComPtr<IPattern> pattern;
     EXPECT_EQ(iterator_->get_Target(0, pattern.Put()), MessageStatus(kInvalidPatternIndex));
+    // Only ignores: nothing to search for.
+    Ignore(u"b");
+    EXPECT_EQ(iterator_->Next(nullptr), MessageStatus(kNoPatterns));
+    EXPECT_EQ(ErrorDescription(), u"No patterns to search for.");
+    EXPECT_EQ(iterator_->First(0, nullptr), static_cast<HRESULT>(0x80042905));
+    // An empty pattern cannot search; its failure is reported again by number under the iterator.
+    iterator_->NewTarget(nullptr, 0, &id);
+    EXPECT_EQ(iterator_->First(0, nullptr), MessageStatus(kEmptyPattern));
+    const ErrorRecord record = TakeErrorRecord();
+    EXPECT_EQ(record.source, u"Scrivix.PatternIterator.1");
+    EXPECT_EQ(record.description, u"Attempt to search using an empty Pattern.");
     // A class that does not resolve fails as creation fails; an unset class is E_INVALIDARG.
     iterator_->put_PatternClass(Bstr(u"Scrivix.NoSuchPattern").Get());
     EXPECT_EQ(iterator_->NewIgnore(Bstr(u"a").Get(), 0, &id), CO_E_CLASSSTRING);
     iterator_->put_PatternClass(nullptr);
     EXPECT_EQ(iterator_->NewTarget(Bstr(u"a").Get(), 0, &id), E_INVALIDARG);
-}
-
-// Failures of a search.
-
-TEST_P(PatternIteratorTest, NextWithoutTargetsReports10501) {
-    Open(u"abc");
-    Ignore(u"b");
-    EXPECT_EQ(iterator_->Next(nullptr), MessageStatus(kNoPatterns));
-    EXPECT_EQ(ErrorDescription(), u"No patterns to search for.");
-    EXPECT_EQ(iterator_->First(0, nullptr), static_cast<HRESULT>(0x80042905));
-}
-
-TEST_P(PatternIteratorTest, APatternsFailureIsReportedAgainByNumber) {
-    Open(u"abc");
-    LONG id = -1;
-    iterator_->NewTarget(nullptr, 0, &id);  // an empty pattern cannot search
-    EXPECT_EQ(iterator_->First(0, nullptr), MessageStatus(kEmptyPattern));
-    ComPtr<IErrorInfo> info;
-    ASSERT_EQ(GetErrorInfo(0, info.Put()), S_OK);
-    Bstr source, description;
-    info->GetSource(source.Put());
-    info->GetDescription(description.Put());
-    EXPECT_EQ(source.View(), u"Scrivix.PatternIterator.1");
-    EXPECT_EQ(description.View(), u"Attempt to search using an empty Pattern.");
 }
 
 TEST_P(PatternIteratorTest, ASourceThatCannotGiveABufferSegmentEndsTheSearch) {
@@ -138,128 +118,80 @@ TEST_P(PatternIteratorTest, ASourceThatCannotGiveABufferSegmentEndsTheSearch) {
     EXPECT_EQ(Here().matched, -1);
 }
 
-// The search passes.
+// The search passes: every stop from First(0) to the end, by targets, ignores, look-ahead and mode.
 
-TEST_P(PatternIteratorTest, TargetsAreFoundLeftToRightWithTiesToTheLowerNumber) {
-    Open(u"xab ba ab");
-    Target(u"b");
-    Target(u"ab");
-    Target(u"a");
-    EXPECT_EQ(Stops(), (std::vector<Stop>{{1, 2, 1, u"ab"},
-                                          {4, 1, 0, u"b"},
-                                          {5, 1, 2, u"a"},
-                                          {7, 2, 1, u"ab"},
-                                          EndStop(9)}));
-}
-
-TEST_P(PatternIteratorTest, IgnoredOccurrencesHideTheTargetsInsideThem) {
-    Open(u"a [a b] b a [b]");
-    Target(u"a");
-    Target(u"b");
-    Ignore(u"\\[[^\\]]*]", poRegExpression);
-    EXPECT_EQ(Stops(), (std::vector<Stop>{{0, 1, 0, u"a"}, {8, 1, 1, u"b"}, {10, 1, 0, u"a"}, EndStop(15)}));
-}
-
-TEST_P(PatternIteratorTest, AnIgnoreThatStartsWithATargetWinsAndOneThatStartsLaterDoesNot) {
-    Open(u"ab a abc");
-    Target(u"a");
-    Target(u"ab");
-    Ignore(u"ab");
-    Ignore(u"bc");
-    // "ab" at 0 and at 5: ignored, though target 0 starts there too; "a" at 3 is taken.
-    EXPECT_EQ(Stops(), (std::vector<Stop>{{3, 1, 0, u"a"}, EndStop(8)}));
-    iterator_->Clear(VARIANT_TRUE);
-    Target(u"abc");
-    Ignore(u"bc");
-    EXPECT_EQ(Stops(), (std::vector<Stop>{{5, 3, 0, u"abc"}, EndStop(8)})) << "it begins before the ignore";
-}
-
-TEST_P(PatternIteratorTest, TheSearchAdvancesByTheFirstTargetsLookAhead) {
-    Open(u"......a.......b....a");
-    Target(u"a", poNone, 3);
-    Target(u"b");  // its own look-ahead does not count
-    EXPECT_EQ(Stops(), (std::vector<Stop>{{6, 1, 0, u"a"}, {14, 1, 1, u"b"}, {19, 1, 0, u"a"}, EndStop(20)}));
-}
-
-TEST_P(PatternIteratorTest, ALookAheadOfZeroOrLessFindsNothingAndEnds) {
-    Open(u"aaaa");
-    Target(u"a");
-    ComPtr<IPattern> pattern;
-    iterator_->get_Target(0, pattern.Put());
-    for (LONG look_ahead : {0, -5}) {
-        pattern->put_LookAhead(look_ahead);
-        EXPECT_EQ(Stops(), std::vector<Stop>{EndStop(4)});
-        Ignore(u"b");  // and with ignores as well
-        EXPECT_EQ(Stops(), std::vector<Stop>{EndStop(4)});
-    }
-}
-
-TEST_P(PatternIteratorTest, AnIgnoreOfEmptyTextIsSteppedOverACharacterAtATime) {
-    Open(u"bba");
-    Target(u"a");
-    Ignore(u"x*", poRegExpression);  // matches empty text everywhere, so it hides every target
-    EXPECT_EQ(Stops(), std::vector<Stop>{EndStop(3)});
-}
-
-TEST_P(PatternIteratorTest, AnEmptyTargetIsFoundAgainAtTheSamePlace) {
-    Open(u"abc");
-    Target(u"x*", poRegExpression);
-    EXPECT_EQ(Stops().front(), (Stop{0, 0, 0, u""}));
-    EXPECT_EQ(Next(), (Stop{0, 0, 0, u""}));
-}
-
-// Search modes, over the text of occurrences at [2, 3) and [6, 7).
-
-struct ModeCase {
+struct PatternDef {
+    std::u16string text;
+    LONG options = poNone;
+    std::optional<LONG> look_ahead = {};
+};
+struct Walk {
+    const char* what;
+    std::u16string text;
+    std::vector<PatternDef> targets, ignores;
     LONG mode;
     std::vector<Stop> stops;
 };
 
-TEST_P(PatternIteratorTest, SearchModes) {
-    const ModeCase cases[] = {
-        {smPatternOnly, {{2, 1, 0, u"a"}, {6, 1, 1, u"b"}, EndStop(9)}},
-        {smEndAtPattern, {{0, 2, 0, u"xx"}, {3, 3, 1, u"xxx"}, EndStop(9)}},
-        {smEndAfterPattern, {{0, 3, 0, u"xxa"}, {3, 4, 1, u"xxxb"}, EndStop(9)}},
-    };
-    for (const ModeCase& c : cases) {
-        SCOPED_TRACE(c.mode);
-        Open(u"xxaxxxbxx");
-        Target(u"a");
-        Target(u"b");
-        SetMode(c.mode);
-        EXPECT_EQ(Stops(), c.stops);
-        EXPECT_EQ(Next(), EndStop(9)) << "a further Next stays at the end";
+const std::u16string kBracketed = u"a [a b] b a [b]";
+const PatternDef kBrackets{u"\\[[^\\]]*]", poRegExpression};
+
+const Walk kWalks[] = {
+    {"left to right, ties to the lower number", u"xab ba ab", {{u"b"}, {u"ab"}, {u"a"}}, {}, smPatternOnly,
+     {{1, 2, 1, u"ab"}, {4, 1, 0, u"b"}, {5, 1, 2, u"a"}, {7, 2, 1, u"ab"}, EndStop(9)}},
+    {"ignored occurrences hide the targets inside them", kBracketed, {{u"a"}, {u"b"}}, {kBrackets}, smPatternOnly,
+     {{0, 1, 0, u"a"}, {8, 1, 1, u"b"}, {10, 1, 0, u"a"}, EndStop(15)}},
+    {"an ignore that starts with a target wins", u"ab a abc", {{u"a"}, {u"ab"}}, {{u"ab"}, {u"bc"}}, smPatternOnly,
+     {{3, 1, 0, u"a"}, EndStop(8)}},
+    {"one that starts later does not", u"ab a abc", {{u"abc"}}, {{u"bc"}}, smPatternOnly,
+     {{5, 3, 0, u"abc"}, EndStop(8)}},
+    {"the search advances by the first target's look-ahead", u"......a.......b....a", {{u"a", poNone, 3}, {u"b"}},
+     {}, smPatternOnly, {{6, 1, 0, u"a"}, {14, 1, 1, u"b"}, {19, 1, 0, u"a"}, EndStop(20)}},
+    {"a look-ahead of 0 finds nothing", u"aaaa", {{u"a", poNone, 0}}, {}, smPatternOnly, {EndStop(4)}},
+    {"nor does a negative one, with ignores", u"aaaa", {{u"a", poNone, -5}}, {{u"b"}}, smPatternOnly, {EndStop(4)}},
+    {"an ignore of empty text hides every target", u"bba", {{u"a"}}, {{u"x*", poRegExpression}}, smPatternOnly,
+     {EndStop(3)}},
+    {"mode smEndAtPattern", u"xxaxxxbxx", {{u"a"}, {u"b"}}, {}, smEndAtPattern,
+     {{0, 2, 0, u"xx"}, {3, 3, 1, u"xxx"}, EndStop(9)}},
+    {"mode smEndAfterPattern", u"xxaxxxbxx", {{u"a"}, {u"b"}}, {}, smEndAfterPattern,
+     {{0, 3, 0, u"xxa"}, {3, 4, 1, u"xxxb"}, EndStop(9)}},
+    {"mode smEndAtPattern with ignores", kBracketed, {{u"a"}, {u"b"}}, {kBrackets}, smEndAtPattern,
+     {{0, 0, 0, u""}, {1, 7, 1, u" [a b] "}, {9, 1, 0, u" "}, EndStop(15)}},
+    {"mode smEndAfterPattern with ignores", kBracketed, {{u"a"}, {u"b"}}, {kBrackets}, smEndAfterPattern,
+     {{0, 1, 0, u"a"}, {1, 8, 1, u" [a b] b"}, {9, 2, 0, u" a"}, EndStop(15)}},
+};
+
+TEST_P(PatternIteratorTest, Walks) {
+    for (const Walk& walk : kWalks) {
+        SCOPED_TRACE(walk.what);
+        Open(walk.text);
+        for (const PatternDef& p : walk.targets) Target(p.text, p.options, p.look_ahead);
+        for (const PatternDef& p : walk.ignores) Ignore(p.text, p.options, p.look_ahead);
+        SetMode(walk.mode);
+        EXPECT_EQ(Stops(), walk.stops);
+        EXPECT_EQ(Next(), walk.stops.back()) << "a further Next stays at the end";
     }
 }
 
-TEST_P(PatternIteratorTest, SearchModesWithIgnores) {
-    const ModeCase cases[] = {
-        {smEndAtPattern, {{0, 0, 0, u""}, {1, 7, 1, u" [a b] "}, {9, 1, 0, u" "}, EndStop(15)}},
-        {smEndAfterPattern, {{0, 1, 0, u"a"}, {1, 8, 1, u" [a b] b"}, {9, 2, 0, u" a"}, EndStop(15)}},
-    };
-    for (const ModeCase& c : cases) {
-        SCOPED_TRACE(c.mode);
-        Open(u"a [a b] b a [b]");
-        Target(u"a");
-        Target(u"b");
-        Ignore(u"\\[[^\\]]*]", poRegExpression);
-        SetMode(c.mode);
-        EXPECT_EQ(Stops(), c.stops);
+// A selection that does not move: an empty target, or a mode value other than the three, which is kept
+// and moves neither start nor end. The search starts at the same place again.
+TEST_P(PatternIteratorTest, AnEmptyTargetOrAnotherModeFindsTheSamePlaceAgain) {
+    const LONG modes[] = {smPatternOnly, 2};
+    for (LONG mode : modes) {
+        Open(mode == 2 ? u"xxaxxb" : u"abc");
+        Target(mode == 2 ? u"a" : u"x*", mode == 2 ? poNone : poRegExpression);
+        SetMode(mode);
+        search_modes kept{};
+        iterator_->get_Mode(&kept);
+        EXPECT_EQ(kept, mode);
+        ComPtr<ITextSegment> found;
+        EXPECT_EQ(iterator_->First(0, found.Put()), S_OK);
+        EXPECT_EQ(Here(found.Get()), (Stop{0, 0, 0, u""}));
+        EXPECT_EQ(Next(), (Stop{0, 0, 0, u""}));
     }
 }
 
-TEST_P(PatternIteratorTest, AnotherModeValueIsKeptAndMovesNeitherStartNorEnd) {
-    Open(u"xxaxxb");
-    Target(u"a");
-    SetMode(2);
-    search_modes mode{};
-    iterator_->get_Mode(&mode);
-    EXPECT_EQ(mode, 2);
-    EXPECT_EQ(Stops().front(), (Stop{0, 0, 0, u""}));
-    EXPECT_EQ(Next(), (Stop{0, 0, 0, u""})) << "the selection never moves, so the search starts there again";
-}
-
-// Reset, End, Clear.
+// Reset, First, End, Clear.
 
 TEST_P(PatternIteratorTest, ResetCountsNegativeValuesFromTheEndAndClamps) {
     Open(u"0123456789");
@@ -313,12 +245,11 @@ TEST_P(PatternIteratorTest, ClearDropsEveryPatternAndResetsOrKeepsTheStart) {
     EXPECT_EQ(Here(), (Stop{0, 0, -1, u""}));
 }
 
-// Sources that do not cover the whole buffer: the search stays within the source's range.
-
+// A source that does not cover the whole buffer is searched alone: "bca" at buffer 1 lies before it, at
+// 7 it runs past its end; only the one at 4 counts.
 TEST_P(PatternIteratorTest, ASourceInsideTheBufferIsSearchedAlone) {
     Open(u"abcabcabcabc", 3, 9);
     Target(u"bca");
-    // "bca" at buffer 1 lies before the source, at 7 it runs past its end: only the one at 4 counts.
     EXPECT_EQ(Stops(), (std::vector<Stop>{{1, 3, 0, u"bca"}, EndStop(6)}));
     ComPtr<ITextSegment> current;
     iterator_->First(0, current.Put());

@@ -1,20 +1,15 @@
 // What the segment tests share: a client's sink for a segment's `_ITextSegmentEvents` that records every
 // call (and may run a hook on it, to log or to throw), connected the client's way through the segment's
-// connection-point container; and the steps most tests take (a segment over a text of either width, its
-// range, its text).
+// connection-point container; the check of a reported failure; and the segment's adjustment rule restated
+// plainly, as the gold standard the tests hold the fast function and the live segments to.
 #pragma once
 
-#include "platform/bstr.h"
-#include "platform/com_ptr.h"
 #include "support/client_sink.h"
+#include "support/text_segments.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
+#include <cstdint>
 #include <functional>
-#include <ostream>
-#include <string>
-#include <type_traits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -33,7 +28,7 @@ struct Event {
     bool operator==(const Event&) const = default;
     friend std::ostream& operator<<(std::ostream& out, const Event& e) {
         if (e.kind == reset) return out << "Reset(" << e.origin << ")";
-        return out << "Modified(" << e.origin << ", " << e.old_length << ", " << e.new_length << ")";
+        return out << SourceEdit{e.origin, e.old_length, e.new_length};
     }
 };
 using Events = std::vector<Event>;
@@ -42,7 +37,6 @@ class SegmentSink final : public ClientSink<_ITextSegmentEvents> {
 public:
     using Hook = std::function<void(const Event&)>;
     explicit SegmentSink(Hook hook = {}) : hook_(std::move(hook)) {}
-
 
     HRESULT STDMETHODCALLTYPE Modified(LONG Origin, LONG OldLength, LONG NewLength) override {
         return Record(Event::Modified(Origin, OldLength, NewLength));
@@ -89,88 +83,45 @@ inline HRESULT StopListening(IUnknown* segment, DWORD cookie) {
     return point ? point->Unadvise(cookie) : E_FAIL;
 }
 
-// The two buffer classes a segment may be given.
-struct NarrowSegments {
-    static constexpr const char16_t* kBufferClass = u"Scrivix.EditBufferA";
-    static constexpr const char16_t* kPatternClass = u"Scrivix.PatternA";
-    static constexpr SHORT kCharSize = 1;
-};
-struct WideSegments {
-    static constexpr const char16_t* kBufferClass = u"Scrivix.EditBufferU";
-    static constexpr const char16_t* kPatternClass = u"Scrivix.PatternU";
-    static constexpr SHORT kCharSize = 2;
-};
-using SegmentWidths = ::testing::Types<NarrowSegments, WideSegments>;
-struct SegmentWidthNames {
-    template <class W>
-    static std::string GetName(int) {
-        return std::is_same_v<W, NarrowSegments> ? "A" : "U";
-    }
-};
-
-inline ComPtr<ITextSegment> NewTextSegment() {
-    ComPtr<ITextSegment> segment;
-    EXPECT_EQ(CoCreateInstance(CLSID_TextSegment, nullptr, CLSCTX_ALL, IID_ITextSegment, segment.PutVoid()), S_OK);
-    return segment;
-}
-
-// A segment of width W over a new buffer holding `text`, as Text put leaves it: [0, length).
-template <class W>
-ComPtr<ITextSegment> NewTextSegment(std::u16string_view text) {
-    auto segment = NewTextSegment();
-    if (segment) {
-        EXPECT_EQ(segment->put_BufferClass(Bstr(W::kBufferClass).Get()), S_OK);
-        EXPECT_EQ(segment->put_Text(Bstr(text).Get()), S_OK);
-    }
-    return segment;
-}
-
-struct Range {
-    LONG origin, limit;
-    bool operator==(const Range&) const = default;
-    friend std::ostream& operator<<(std::ostream& out, const Range& r) {
-        return out << "[" << r.origin << ", " << r.limit << ")";
-    }
-};
-
-inline Range RangeOf(ITextSegment* segment) {
-    Range range{-1, -1};
-    EXPECT_EQ(segment->Origin(&range.origin), S_OK);
-    EXPECT_EQ(segment->Limit(&range.limit), S_OK);
-    return range;
-}
-
-inline std::u16string TextOf(ITextSegment* segment) {
-    Bstr text;
-    EXPECT_EQ(segment->get_Text(text.Put()), S_OK);
-    return std::u16string(text.View());
-}
-
-inline ComPtr<ITextSegment> SubSectionOf(ITextSegment* segment, LONG start, LONG end) {
-    ComPtr<ITextSegment> section;
-    EXPECT_EQ(segment->SubSection(start, end, section.Put()), S_OK);
-    return section;
-}
-
-// Checks that a segment operation failed with message `number` of the table and left its error record.
+// Checks that a segment operation failed with message `number` and left the segment's error record.
 inline void ExpectReported(HRESULT result, UINT number, std::u16string_view description, DWORD help_context) {
     EXPECT_EQ(result, static_cast<HRESULT>(0x80040000u + number));
-    ComPtr<IErrorInfo> info;
-    ASSERT_EQ(GetErrorInfo(0, info.Put()), S_OK);
-    ASSERT_TRUE(info);
-    GUID guid{};
-    Bstr source, text, help_file;
-    DWORD context = 0;
-    info->GetGUID(&guid);
-    info->GetSource(source.Put());
-    info->GetDescription(text.Put());
-    info->GetHelpFile(help_file.Put());
-    info->GetHelpContext(&context);
-    EXPECT_EQ(guid, IID_ITextSegment);
-    EXPECT_EQ(source.View(), u"Scrivix.TextSegment.1");
-    EXPECT_EQ(text.View(), description);
-    EXPECT_EQ(help_file.View(), u"Scrivix.chm");
-    EXPECT_EQ(context, help_context);
+    const ErrorRecord record = TakeErrorRecord();
+    EXPECT_EQ(record.guid, IID_ITextSegment);
+    EXPECT_EQ(record.source, u"Scrivix.TextSegment.1");
+    EXPECT_EQ(record.description, description);
+    EXPECT_EQ(record.help_file, u"Scrivix.chm");
+    EXPECT_EQ(record.help_context, help_context);
+}
+
+struct Outcome {
+    Range range;
+    std::optional<LONG> event;  // the position passed on to the listeners, relative to the new origin
+    int length_asks = 0;
+    bool operator==(const Outcome&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const Outcome& o) {
+        out << o.range << (o.event ? " event at " + std::to_string(*o.event) : " no event");
+        return out << ", length asked " << o.length_asks << "x";
+    }
+};
+
+// An end either follows the edit or holds its place. The origin follows when it lies beyond the replaced
+// text, the limit when it lies at or beyond its end. A holding end is clipped to the buffer's new end, a
+// following limit to the origin. The listeners hear of a clipped end, and of a limit that followed the
+// edit while the origin did not lie beyond it. The length is needed only where an end holds.
+inline Outcome Reference(Range range, SourceEdit edit, LONG length) {
+    const int64_t replaced_end = int64_t{edit.origin} + edit.old_length;
+    const int64_t shift = int64_t{edit.new_length} - edit.old_length;
+    const bool origin_follows = range.origin > replaced_end;
+    const bool limit_follows = range.limit >= replaced_end;
+    const int64_t origin = origin_follows ? range.origin + shift : std::min<int64_t>(range.origin, length);
+    const int64_t limit = limit_follows ? std::max(range.limit + shift, origin) : std::min<int64_t>(range.limit, length);
+    const bool clipped = (!origin_follows && range.origin > length) || (!limit_follows && range.limit > length);
+    const bool taken_in = limit_follows && origin <= replaced_end;
+    Outcome outcome{{static_cast<LONG>(origin), static_cast<LONG>(limit)}, std::nullopt,
+                    origin_follows && limit_follows ? 0 : 1};
+    if (clipped || taken_in) outcome.event = static_cast<LONG>(edit.origin - origin);
+    return outcome;
 }
 
 }  // namespace scrivix::test

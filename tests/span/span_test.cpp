@@ -1,16 +1,20 @@
 // The span through ISpan: its properties, Define and its steps, FindClose with and without soNested
 // (the documented examples, an opening and a closing at one offset, random bracket texts against a plain
 // count), and failures of called objects reported again under the span's class.
-#include "span_fixture.h"
+#include "interfaces/messages.h"
+#include "support/text_segments.h"
 
-#include <random>
 
-namespace scrivix {
+namespace scrivix::test {
 namespace {
 
-using test::MakeByName;
-using test::NewSegment;
-using test::NewSpan;
+// A narrow span defined with Define.
+ComPtr<ISpan> NewSpan(std::u16string_view opening, std::u16string_view closing, LONG options) {
+    auto span = MakeByName<ISpan>(u"Scrivix.Span");
+    EXPECT_EQ(span->put_PatternClass(Bstr(kNarrow.pattern_class).Get()), S_OK);
+    EXPECT_EQ(span->Define(Bstr(opening).Get(), 0, Bstr(closing).Get(), 0, options), S_OK);
+    return span;
+}
 
 struct Closed {
     bool found;
@@ -61,10 +65,7 @@ TEST(Span, ANewSpanHasNoPatternsAndNoPatternClass) {
     EXPECT_TRUE(name.IsNull());
     EXPECT_EQ(span->Define(Bstr(u"(").Get(), 0, Bstr(u")").Get(), 0, 3), E_INVALIDARG);
     EXPECT_EQ(span.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(IID_ISpan), S_OK);
-}
-
-TEST(Span, OptionsAreStoredAsGiven) {
-    auto span = MakeByName<ISpan>(u"Scrivix.Span");
+    // Options are stored as given.
     for (LONG value : {3, -1, 0x7FFFFFFF, 1 << 20}) {
         EXPECT_EQ(span->put_Options(value), S_OK);
         LONG back = 0;
@@ -120,7 +121,7 @@ TEST(Span, DefineMakesANewOpeningEachTimeAndAClosingOnlyForAClosingText) {
     EXPECT_EQ(TextOf(kept.Get()).View(), u"");
 }
 
-TEST(Span, DefineWithAClassThatDoesNotResolveChangesNothing) {
+TEST(Span, DefineFailuresChangeNothing) {
     auto span = NewSpan(u"(", u")", 3);
     ComPtr<IPattern> before;
     span->get_Opening(before.Put());
@@ -133,13 +134,12 @@ TEST(Span, DefineWithAClassThatDoesNotResolveChangesNothing) {
     EXPECT_EQ(after, before);
     EXPECT_EQ(span->put_PatternClass(nullptr), S_OK);
     EXPECT_EQ(span->Define(Bstr(u"[").Get(), 0, Bstr(u"]").Get(), 0, 1), E_INVALIDARG);
-}
 
-TEST(Span, APatternsFailureIsReportedAgainUnderTheSpan) {
-    auto span = MakeByName<ISpan>(u"Scrivix.Span");
+    // A pattern's failure is reported again under the span, and Define ends before the span options.
+    span = MakeByName<ISpan>(u"Scrivix.Span");
     span->put_PatternClass(Bstr(u"Scrivix.PatternA").Get());
     EXPECT_EQ(span->Define(Bstr(u"*a").Get(), poRegExpression, Bstr(u")").Get(), 0, 3), MessageStatus(10502));
-    const auto record = test::TakeErrorRecord();
+    const auto record = TakeErrorRecord();
     EXPECT_EQ(record.description, u"Illegal Regular Expression.");
     EXPECT_EQ(record.source, u"Scrivix.Span.1");
     EXPECT_EQ(record.help_context, 85u);
@@ -148,39 +148,40 @@ TEST(Span, APatternsFailureIsReportedAgainUnderTheSpan) {
     EXPECT_EQ(options, 0) << "Define ended before the span options";
 }
 
-// FindClose without soNested.
+// FindClose: without soNested the first closing at or after Start; with it, the closing that balances
+// the opening, where an opening and a closing that begin at one offset count as the closing. Not found
+// leaves Limit and Length untouched.
 
-TEST(Span, FindCloseTakesTheFirstClosingAtOrAfterStart) {
-    auto quote = NewSpan(u"\"", u"\"", 3);
-    EXPECT_EQ(FindClose(quote.Get(), u"a\"bc\"d\"", 2), (Closed{true, 5, 1}));
-    auto brackets = NewSpan(u"(", u")", 3);
-    EXPECT_EQ(FindClose(brackets.Get(), u"((a)b)c)", 1), (Closed{true, 4, 1}));
-    EXPECT_EQ(FindClose(brackets.Get(), u"(a)b", 3), (Closed{false, -77, -77})) << "Limit and Length untouched";
-    auto words = NewSpan(u"begin", u"end", 3);
-    EXPECT_EQ(FindClose(words.Get(), u"begin x end y end", 5), (Closed{true, 11, 3}));
-}
-
-// FindClose with soNested.
-
-TEST(Span, NestedFindCloseBalancesTheOpening) {
-    auto brackets = NewSpan(u"(", u")", 3 | soNested);
-    EXPECT_EQ(FindClose(brackets.Get(), u"((a)b)c)", 1), (Closed{true, 6, 1}));
-    EXPECT_EQ(FindClose(brackets.Get(), u"(()", 1), (Closed{false, -77, -77}));
-    EXPECT_EQ(FindClose(brackets.Get(), u"(a)(b)", 1), (Closed{true, 3, 1}));
-    EXPECT_EQ(FindClose(brackets.Get(), u"(a)b)", 1), (Closed{true, 3, 1}));
-    EXPECT_EQ(FindClose(brackets.Get(), u"((((x))))", 1), (Closed{true, 9, 1}));
-    auto words = NewSpan(u"begin", u"end", 3 | soNested);
-    EXPECT_EQ(FindClose(words.Get(), u"begin begin end x end", 5), (Closed{true, 21, 3}));
-}
-
-// An opening and a closing that begin at one offset count as the closing.
-TEST(Span, NestedFindCloseTakesAClosingAtTheOffsetOfAnOpening) {
-    auto quote = NewSpan(u"\"", u"\"", 3 | soNested);
-    EXPECT_EQ(FindClose(quote.Get(), u"\"ab\"c\"d\"", 1), (Closed{true, 4, 1})) << "a quote ends at the next quote";
-    EXPECT_EQ(FindClose(quote.Get(), u"\"abc", 1), (Closed{false, -77, -77}));
-    auto tags = NewSpan(u"<", u"</", 3 | soNested);
-    EXPECT_EQ(FindClose(tags.Get(), u"<a><b></b></a>", 1), (Closed{true, 12, 2}));
-    EXPECT_EQ(FindClose(tags.Get(), u"<a><b></b>", 1), (Closed{false, -77, -77}));
+TEST(Span, FindClose) {
+    const Closed none{false, -77, -77};
+    const struct {
+        std::u16string_view opening, closing;
+        LONG options;
+        std::u16string_view text;
+        LONG start;
+        Closed expected;
+    } cases[] = {
+        {u"\"", u"\"", 3, u"a\"bc\"d\"", 2, {true, 5, 1}},
+        {u"(", u")", 3, u"((a)b)c)", 1, {true, 4, 1}},
+        {u"(", u")", 3, u"(a)b", 3, none},
+        {u"begin", u"end", 3, u"begin x end y end", 5, {true, 11, 3}},
+        {u"(", u")", 3 | soNested, u"((a)b)c)", 1, {true, 6, 1}},
+        {u"(", u")", 3 | soNested, u"(()", 1, none},
+        {u"(", u")", 3 | soNested, u"(a)(b)", 1, {true, 3, 1}},
+        {u"(", u")", 3 | soNested, u"(a)b)", 1, {true, 3, 1}},
+        {u"(", u")", 3 | soNested, u"((((x))))", 1, {true, 9, 1}},
+        {u"begin", u"end", 3 | soNested, u"begin begin end x end", 5, {true, 21, 3}},
+        // The same offset: a quote ends at the next quote; "</" closes though "<" begins there too.
+        {u"\"", u"\"", 3 | soNested, u"\"ab\"c\"d\"", 1, {true, 4, 1}},
+        {u"\"", u"\"", 3 | soNested, u"\"abc", 1, none},
+        {u"<", u"</", 3 | soNested, u"<a><b></b></a>", 1, {true, 12, 2}},
+        {u"<", u"</", 3 | soNested, u"<a><b></b>", 1, none},
+    };
+    for (const auto& c : cases) {
+        auto span = NewSpan(c.opening, c.closing, c.options);
+        EXPECT_EQ(FindClose(span.Get(), c.text, c.start), c.expected)
+            << std::string(c.text.begin(), c.text.end()) << " from " << c.start << ", options " << c.options;
+    }
 }
 
 // A pattern that matches empty text is found again at one place; the count must end all the same.
@@ -206,12 +207,11 @@ LONG CountedLimit(std::u16string_view text, size_t start) {
 
 TEST(Span, NestedFindCloseAgreesWithTheBracketCountOnRandomTexts) {
     auto brackets = NewSpan(u"(", u")", soNested);
-    std::mt19937 random(7);
+    RandomEdits random(7);
     const std::u16string alphabet = u"(()))ab";
     for (int round = 0; round < 60; ++round) {
         std::u16string text;
-        const size_t size = 1 + random() % 24;
-        for (size_t i = 0; i < size; ++i) text += alphabet[random() % alphabet.size()];
+        for (LONG size = random.Between(1, 24); size > 0; --size) text += alphabet[random.Between(0, 6)];
         for (size_t start = 0; start <= text.size(); ++start) {
             const LONG limit = CountedLimit(text, start);
             const Closed expected = limit < 0 ? Closed{false, -77, -77} : Closed{true, limit, 1};
@@ -235,11 +235,11 @@ TEST(Span, FindCloseFailures) {
     auto source = NewSegment(u"(a)");
     close->put_Source(source.Get());
     EXPECT_EQ(span->FindClose(close.Get(), 1, &limit, &length, &found), MessageStatus(10501));
-    const auto record = test::TakeErrorRecord();
+    const auto record = TakeErrorRecord();
     EXPECT_EQ(record.description, u"No patterns to search for.");
     EXPECT_EQ(record.source, u"Scrivix.Span.1");
     EXPECT_EQ(record.help_context, 84u);
 }
 
 }  // namespace
-}  // namespace scrivix
+}  // namespace scrivix::test
