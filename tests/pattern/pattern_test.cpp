@@ -82,35 +82,35 @@ TEST_P(PatternTest, ANewPattern) {
 TEST_P(PatternTest, Searches) {
     struct Row {
         const char16_t* pattern;
-        LONG options, look_ahead;
+        LONG options;
         const char16_t* text;
         LONG start, end;
-        bool reverse;
         SearchResult expected;
+        bool reverse = false;
+        LONG look_ahead = 2048;
     };
     const Row rows[] = {
-        {u"abc", 0, 2048, u"xxabcxx", 0, 7, false, {true, 2, 5}},
-        {u"abc", 0, 2048, u"xxabcxx", 0, 3, false, {true, 2, 5}},   // an occurrence may run past the limit
-        {u"abc", 0, 2048, u"xxabcxx", 0, 2, false, {false, 0, 2}},  // a miss leaves Start and End
-        {u"abc", 0, 2, u"xxabcxx", 0, 7, false, {false, 0, 7}},
-        {u"abc", 0, 0, u"abc", 0, 3, false, {false, 0, 3}},  // look-ahead 0 finds nothing
-        {u"aab", 0, 2048, u"aaab", 0, 4, false, {false, 0, 4}},  // the literal search never backs up
-        {u"cat", poWholeWord, 2048, u"a cat sat", 0, 9, false, {true, 2, 5}},
-        {u"cat", poWholeWord, 2048, u"a cat.", 0, 6, false, {false, 0, 6}},
-        {u"ABC", poIgnoreCase, 2048, u"xaBc", 0, 4, false, {true, 1, 4}},
-        {u"\u00C9", poIgnoreCase, 2048, u"\u00E9", 0, 1, false, {false, 0, 1}},  // ASCII letters only
-        {u"a b", poSkipSpaces, 2048, u"axb", 0, 3, false, {true, 0, 3}},
-        {u"ab", 0, 2048, u"ab-ab", 0, 5, true, {true, 3, 5}},
-        {u"ab", 0, 2048, u"ab-ab", 0, 4, true, {true, 0, 2}},
-        {u"a+", poRegExpression, 2048, u"xaaay", 0, 5, false, {true, 1, 4}},
-        {u"a+", poRegExpression, 2048, u"xaaay", 0, 5, true, {true, 3, 4}},
+        {u"abc", 0, u"xxabcxx", 0, 7, {true, 2, 5}},
+        {u"abc", 0, u"xxabcxx", 0, 3, {true, 2, 5}},   // an occurrence may run past the limit
+        {u"abc", 0, u"xxabcxx", 0, 2, {false, 0, 2}},  // a miss leaves Start and End
+        {u"abc", 0, u"xxabcxx", 0, 7, {false, 0, 7}, false, 2},
+        {u"abc", 0, u"abc", 0, 3, {false, 0, 3}, false, 0},  // look-ahead 0 finds nothing
+        {u"aab", 0, u"aaab", 0, 4, {false, 0, 4}},           // the literal search never backs up
+        {u"cat", poWholeWord, u"a cat sat", 0, 9, {true, 2, 5}},
+        {u"cat", poWholeWord, u"a cat.", 0, 6, {false, 0, 6}},
+        {u"ABC", poIgnoreCase, u"xaBc", 0, 4, {true, 1, 4}},
+        {u"\u00C9", poIgnoreCase, u"\u00E9", 0, 1, {false, 0, 1}},  // ASCII letters only
+        {u"a b", poSkipSpaces, u"axb", 0, 3, {true, 0, 3}},
+        {u"ab", 0, u"ab-ab", 0, 5, {true, 3, 5}, true},
+        {u"ab", 0, u"ab-ab", 0, 4, {true, 0, 2}, true},
+        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 1, 4}},
+        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 3, 4}, true},
     };
     for (const Row& row : rows) {
         ASSERT_EQ(pattern_->put_Text(Bstr(row.pattern).Get()), S_OK);
         ASSERT_EQ(pattern_->put_Options(row.options), S_OK);
         ASSERT_EQ(pattern_->put_LookAhead(row.look_ahead), S_OK);
-        EXPECT_EQ(Search(row.text, row.start, row.end, row.reverse), row.expected)
-            << "row " << (&row - rows);
+        EXPECT_EQ(Search(row.text, row.start, row.end, row.reverse), row.expected) << "row " << (&row - rows);
     }
     ASSERT_EQ(pattern_->put_Text(Bstr(u"y").Get()), S_OK);
     EXPECT_EQ(Search(u"xaaay", 0, 5), (SearchResult{true, 1, 4})) << "the program stays until Options is put";

@@ -15,11 +15,16 @@ using namespace std::string_view_literals;
 
 enum Widths { kBoth = 3, k8 = 1, k16 = 2 };
 
+// Searched forwards over the whole text unless a range is given: forwards the occurrence must begin in
+// [from, to); backwards it is searched for down from `to` to `from`.
+enum Direction { kForward, kBackward };
 struct FindCase {
     std::string_view pattern;
     std::string_view text;
-    Span found;  // by a forward search over the whole text
+    Span found;
     Widths widths = kBoth;
+    Direction direction = kForward;
+    long from = 0, to = -1;  // -1: the text's length
 };
 
 const FindCase kFinds[] = {
@@ -68,6 +73,14 @@ const FindCase kFinds[] = {
     {"a*\\x", "aaa", {0, 3}, k8},          // a 0 unit after a closure ends the run
     {"a\\x", "a\0"sv, {0, 2}, k8},         // ...elsewhere it is the character 0
     {"\\xAE", "\nx", kNone, k16}, {"\\xAAz", "\xAA" "zz", {0, 2}, k16},
+    // Search ranges.
+    {"a+", "xaaay", {2, 4}, kBoth, kForward, 2, 5}, {"a+", "xaaay", kNone, kBoth, kForward, 0, 1},
+    {"a+", "xaaay", {1, 4}, kBoth, kForward, 0, 2},  // the match runs past the limit
+    {"a+", "xaaay", kNone, kBoth, kForward, 4, 4}, {"a+", "xaaay", {3, 4}, kBoth, kBackward, 0, 5},
+    {"a+", "xaaay", {1, 4}, kBoth, kBackward, 0, 2}, {"a+", "xaaay", kNone, kBoth, kBackward, 4, 5},
+    {"ab", "ab-ab", {3, 5}, kBoth, kBackward, 0, 5}, {"ab", "ab-ab", {0, 2}, kBoth, kBackward, 0, 3},
+    {"ab", "ab-ab", {3, 5}, kBoth, kBackward, 0, 4},  // a candidate below the end may match past it
+    {"ab", "ab-ab", kNone, kBoth, kBackward, 1, 3}, {"^", "a\nb", {2, 2}, kBoth, kBackward, 0, 3},
 };
 
 template <typename T>
@@ -75,8 +88,8 @@ void ExpectFinds(const FindCase& c) {
     DPatternTemplate<T> program;
     ASSERT_EQ(program.Compile(Widen<T>(c.pattern)), peNone) << c.pattern;
     const std::basic_string<T> text = Widen<T>(c.text);
-    EXPECT_EQ(Find(program, text, true, 0, long(text.size())), c.found)
-        << (sizeof(T) * 8) << "-bit '" << c.pattern << "' on '" << c.text << "'";
+    EXPECT_EQ(Find(program, text, c.direction == kForward, c.from, c.to < 0 ? long(text.size()) : c.to), c.found)
+        << (sizeof(T) * 8) << "-bit '" << c.pattern << "' on '" << c.text << "' from " << c.from;
 }
 
 TEST(RegexMatcher, Finds) {
@@ -90,32 +103,6 @@ TEST(RegexMatcher, Finds) {
     EXPECT_EQ(Find(wide, std::u16string(u"x\x8061"), true, 0, 2), (Span{1, 2}));
     ASSERT_EQ(wide.Compile(u"\x802A" u"b"), peNone);
     EXPECT_EQ(Find(wide, std::u16string(u"bbc"), true, 0, 3), (Span{0, 2}));
-}
-
-// Forwards the occurrence must begin in [from, to); backwards in [from, to), searched down from `to`.
-TEST(RegexMatcher, SearchRanges) {
-    struct RangeCase {
-        std::string_view pattern, text;
-        bool forward;
-        long from, to;
-        Span found;
-    };
-    const RangeCase cases[] = {
-        {"a+", "xaaay", true, 2, 5, {2, 4}}, {"a+", "xaaay", true, 0, 1, kNone}, {"a+", "xaaay", true, 4, 4, kNone},
-        {"a+", "xaaay", true, 0, 2, {1, 4}},  // the match runs past the limit
-        {"a+", "xaaay", false, 0, 5, {3, 4}}, {"a+", "xaaay", false, 0, 2, {1, 4}}, {"a+", "xaaay", false, 4, 5, kNone},
-        {"ab", "ab-ab", false, 0, 5, {3, 5}}, {"ab", "ab-ab", false, 0, 3, {0, 2}}, {"ab", "ab-ab", false, 1, 3, kNone},
-        {"ab", "ab-ab", false, 0, 4, {3, 5}},  // a candidate below the end may match past it
-        {"^", "a\nb", false, 0, 3, {2, 2}},
-    };
-    for (const RangeCase& c : cases) {
-        DPatternTemplate<char> narrow;
-        DPatternTemplate<char16_t> wide;
-        ASSERT_EQ(narrow.Compile(Widen<char>(c.pattern)), peNone);
-        ASSERT_EQ(wide.Compile(Widen<char16_t>(c.pattern)), peNone);
-        EXPECT_EQ(Find(narrow, Widen<char>(c.text), c.forward, c.from, c.to), c.found) << c.pattern << " " << c.from;
-        EXPECT_EQ(Find(wide, Widen<char16_t>(c.text), c.forward, c.from, c.to), c.found) << c.pattern << " " << c.from;
-    }
 }
 
 // Patterns of many closures over one repeated character, in both widths, searched both ways.

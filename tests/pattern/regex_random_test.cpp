@@ -37,9 +37,7 @@ protected:
             << program.Dump() << " match at " << candidate;
         for (const bool forward : {true, false}) {
             const long first = forward ? from : lower, last = forward ? limit : before;
-            const bool found = forward ? reference.FindForward(b + from, b + limit, start, end)
-                                       : reference.FindBackward(b + lower, b + before, start, end);
-            const Span expected = found ? Span{start - b, end - b} : kNone;
+            const Span expected = reference.Find(forward, b + first, b + last, start, end) ? Span{start - b, end - b} : kNone;
             const Span jump = Find(program, text, forward, first, last);
             EXPECT_EQ(jump, expected) << program.Dump() << (forward ? " forward " : " backward ") << first << ".." << last;
             EXPECT_EQ((Find<T, CandidateScan::plain>(program, text, forward, first, last)), expected) << "plain scan";
