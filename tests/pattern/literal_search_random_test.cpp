@@ -81,20 +81,6 @@ struct Reference {
     }
 };
 
-// Both directions over [start, end) with the look-ahead, by both scans, must give the reference's results.
-template <typename T>
-std::pair<Span, Span> Compare(const LiteralSearch<T>& search, const Reference<T>& reference, LONG start, LONG end,
-                              LONG look_ahead) {
-    const std::pair<Span, Span> expected{reference.Forward(start, end, look_ahead), reference.Backward(start, end, look_ahead)};
-    const LONG limit = PatternSearchLimit(start, end, look_ahead, static_cast<LONG>(reference.s.size()));
-    const LONG lower = PatternLowerLimit(start, end, look_ahead);
-    EXPECT_EQ((Find<CandidateScan::plain>(search, true, reference.s, start, limit)), expected.first) << "forward, plain";
-    EXPECT_EQ((Find<CandidateScan::jump>(search, true, reference.s, start, limit)), expected.first) << "forward, jump";
-    EXPECT_EQ((Find<CandidateScan::plain>(search, false, reference.s, end, lower)), expected.second) << "backward, plain";
-    EXPECT_EQ((Find<CandidateScan::jump>(search, false, reference.s, end, lower)), expected.second) << "backward, jump";
-    return expected;
-}
-
 // Characters that make the interesting cases frequent: both cases of letters, every kind of white
 // space, look-alikes under a careless fold, and codes whose 8-bit and 16-bit readings differ.
 template <typename T>
@@ -163,7 +149,8 @@ TYPED_TEST(LiteralSearchRandomTest, MatchesTheReferenceAndBothDirectionsAgree) {
     int found_forward = 0, found_backward = 0, found_skipping_spaces = 0, agreements_skipping_spaces = 0;
     for (int trial = 0; trial < kTrials; ++trial) {
         const bool words = trial % 14 == 0;
-        const auto [text, pattern] = words ? this->Words() : this->Characters();
+        const auto sample = words ? this->Words() : this->Characters();
+        const auto &text = sample.first, &pattern = sample.second;
         const LONG options = this->Below(16);
         const LONG n = static_cast<LONG>(text.size());
         const LONG start = words && this->Below(4) != 0 ? 0 : this->Below(n + 1);
@@ -173,8 +160,13 @@ TYPED_TEST(LiteralSearchRandomTest, MatchesTheReferenceAndBothDirectionsAgree) {
         const Reference<T> reference{text, pattern, options};
         SCOPED_TRACE(testing::Message() << "trial " << trial << " options " << options << " range [" << start << ", "
                                         << end << ") look-ahead " << look_ahead << " length " << n);
-        const auto [forward, backward] = Compare(search, reference, start, end, look_ahead);
-        ASSERT_FALSE(this->HasFailure());
+        // Both directions, by both scans, must give the reference's results.
+        const Span forward = reference.Forward(start, end, look_ahead), backward = reference.Backward(start, end, look_ahead);
+        const LONG limit = PatternSearchLimit(start, end, look_ahead, n), lower = PatternLowerLimit(start, end, look_ahead);
+        ASSERT_EQ((Find<CandidateScan::plain>(search, true, text, start, limit)), forward) << "forward, plain";
+        ASSERT_EQ((Find<CandidateScan::jump>(search, true, text, start, limit)), forward) << "forward, jump";
+        ASSERT_EQ((Find<CandidateScan::plain>(search, false, text, end, lower)), backward) << "backward, plain";
+        ASSERT_EQ((Find<CandidateScan::jump>(search, false, text, end, lower)), backward) << "backward, jump";
         found_forward += forward != kNone;
         found_backward += backward != kNone;
         found_skipping_spaces += forward != kNone && options & poSkipSpaces;

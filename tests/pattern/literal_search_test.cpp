@@ -11,20 +11,6 @@
 namespace scrivix::test {
 namespace {
 
-// Find and FindReverse as the pattern object calls them, with positions and a look-ahead, by both scans.
-template <typename T>
-Span Search(bool forward, std::string_view pattern, LONG options, std::string_view text, LONG start, LONG end,
-            LONG look_ahead) {
-    const LiteralSearch<T> search(Widen<T>(pattern), options);
-    const std::basic_string<T> chars = Widen<T>(text);
-    const LONG n = static_cast<LONG>(chars.size());
-    const LONG from = forward ? start : end;
-    const LONG limit = forward ? PatternSearchLimit(start, end, look_ahead, n) : PatternLowerLimit(start, end, look_ahead);
-    const Span result = Find<CandidateScan::plain>(search, forward, chars, from, limit);
-    EXPECT_EQ(Find<CandidateScan::jump>(search, forward, chars, from, limit), result) << "the scans disagree";
-    return result;
-}
-
 constexpr LONG kAll = -1;  // the text's length
 constexpr LONG kFar = 2048;
 
@@ -38,12 +24,18 @@ struct Case {
     LONG look_ahead = kFar;
 };
 
+// Find or FindReverse as the pattern object calls them, with positions and a look-ahead, by both scans.
 template <typename T>
 void Check(bool forward, const Case& c) {
-    const LONG end = c.end == kAll ? static_cast<LONG>(std::string_view(c.text).size()) : c.end;
-    EXPECT_EQ(Search<T>(forward, c.pattern, c.options, c.text, c.start, end, c.look_ahead), c.expected)
-        << (forward ? "forward" : "backward") << " '" << c.pattern << "' options " << c.options << " in '" << c.text
-        << "' [" << c.start << ", " << end << ") look-ahead " << c.look_ahead;
+    const LiteralSearch<T> search(Widen<T>(c.pattern), c.options);
+    const std::basic_string<T> text = Widen<T>(c.text);
+    const LONG n = static_cast<LONG>(text.size()), end = c.end == kAll ? n : c.end;
+    const LONG from = forward ? c.start : end;
+    const LONG limit = forward ? PatternSearchLimit(c.start, end, c.look_ahead, n) : PatternLowerLimit(c.start, end, c.look_ahead);
+    const Span found = Find<CandidateScan::plain>(search, forward, text, from, limit);
+    EXPECT_EQ(found, c.expected) << (forward ? "forward" : "backward") << " '" << c.pattern << "' options " << c.options
+                                 << " in '" << c.text << "' [" << c.start << ", " << end << ") look-ahead " << c.look_ahead;
+    EXPECT_EQ(Find<CandidateScan::jump>(search, forward, text, from, limit), found) << "the scans disagree";
 }
 
 const Case kForward[] = {

@@ -95,11 +95,8 @@ TEST_P(PatternTest, Searches) {
         {u"abc", 0, u"xxabcxx", 0, 2, {false, 0, 2}},  // a miss leaves Start and End
         {u"abc", 0, u"xxabcxx", 0, 7, {false, 0, 7}, false, 2},
         {u"abc", 0, u"abc", 0, 3, {false, 0, 3}, false, 0},  // look-ahead 0 finds nothing
-        {u"aab", 0, u"aaab", 0, 4, {false, 0, 4}},           // the literal search never backs up
         {u"cat", poWholeWord, u"a cat sat", 0, 9, {true, 2, 5}},
-        {u"cat", poWholeWord, u"a cat.", 0, 6, {false, 0, 6}},
         {u"ABC", poIgnoreCase, u"xaBc", 0, 4, {true, 1, 4}},
-        {u"\u00C9", poIgnoreCase, u"\u00E9", 0, 1, {false, 0, 1}},  // ASCII letters only
         {u"a b", poSkipSpaces, u"axb", 0, 3, {true, 0, 3}},
         {u"ab", 0, u"ab-ab", 0, 5, {true, 3, 5}, true},
         {u"ab", 0, u"ab-ab", 0, 4, {true, 0, 2}, true},

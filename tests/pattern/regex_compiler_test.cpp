@@ -29,23 +29,13 @@ std::string DumpOf(std::string_view pattern) {
     return program.Dump();
 }
 
-// The units of an item, followed by a class bitmap of the given length with the given units set at their index.
-std::vector<unsigned> WithClass(std::vector<unsigned> units, std::size_t length, std::vector<std::pair<std::size_t, unsigned>> set) {
+// Units followed by a class bitmap of the given length, with the given units set at their index.
+std::vector<unsigned> WithClass(std::vector<unsigned> units, std::size_t length,
+                                std::vector<std::pair<std::size_t, unsigned>> set) {
     const std::size_t bitmap = units.size();
     units.resize(bitmap + length, 0);
     for (const auto& [index, value] : set) units[bitmap + index] = value;
     return units;
-}
-
-TEST(RegexCompiler, WorkedExamples) {
-    EXPECT_EQ(Units<char>("ab*c"), (std::vector<unsigned>{0x61, 0xAA, 0x62, 0x63}));
-    EXPECT_EQ(Units<char>("^a.+$"), (std::vector<unsigned>{0xDE, 0x61, 0xAB, 0xAE, 0xA4}));
-    EXPECT_EQ(Units<char>("x[0-9]?"), WithClass({0x78, 0xBF, 0xDB}, 16, {{6, 0xFF}, {7, 0x03}}));
-
-    EXPECT_EQ(Units<char16_t>("ab*c"), (std::vector<unsigned>{0x61, 0x802A, 0x62, 0x63}));
-    EXPECT_EQ(Units<char16_t>("^a.+$"), (std::vector<unsigned>{0x805E, 0x61, 0x802B, 0x802E, 0x8024}));
-    EXPECT_EQ(Units<char16_t>("x[0-9]?"), WithClass({0x78, 0x803F, 0x805B}, 4096, {{3, 0x03FF}}));
-    EXPECT_EQ(Units<char16_t>("~a#"), (std::vector<unsigned>{0x807E, 0x61, 0x8023}));
 }
 
 TEST(RegexCompiler, Dumps) {
@@ -67,19 +57,32 @@ TEST(RegexCompiler, Dumps) {
         {"\\.\\*\\[\\#\\\\", "'.' '*' '[' '#' '\\x5C'"}, {"\\", "'\\x5C'"},
     };
     for (const auto& [pattern, dump] : cases) EXPECT_EQ(DumpOf<char>(pattern), dump) << pattern;
-
+    // 16-bit programs.
     EXPECT_EQ(DumpOf<char16_t>("~\\x41#"), "opLineBreakStart 'A' opLineBreakEnd");
     EXPECT_EQ(DumpOf<char16_t>("[^b-a]"), "opClass[0000-0061,0063-FFFF]");
     EXPECT_EQ(DumpOf<char16_t>("\\x263*"), "opStar '\\x0263'");
+    // Ranges compare as written; 8-bit bounds are signed: 0xF0 is below 0x05, so the range wraps through the codes 0x80 and above.
+    EXPECT_EQ(DumpOf<char>("[\xF0-\x05]"), "opClass[00-05,70-7F]");
+    EXPECT_EQ(DumpOf<char16_t>("[\xF0-\x05]"), "opClass[0006-00F0]");
+    // A range of more codes than a class tells apart sets every bit once.
+    EXPECT_EQ(DumpOf<char>("[\x80-\x7F]"), "opClass[00-7F]");
+    DPatternTemplate<char16_t> wide;
+    ASSERT_EQ(wide.Compile(u"[\x0001-\xFFFF]"), peNone);
+    EXPECT_EQ(wide.Dump(), "opClass[0000-7FFF]");
 }
 
-TEST(RegexCompiler, Escapes) {
+// The units of worked examples and of escapes, which are plain literals.
+TEST(RegexCompiler, Units) {
     struct Case {
         std::string_view pattern;
         std::vector<unsigned> narrow;
         std::vector<unsigned> wide = {};  // empty when the same as narrow
     };
     const Case cases[] = {
+        {"ab*c", {0x61, 0xAA, 0x62, 0x63}, {0x61, 0x802A, 0x62, 0x63}},
+        {"^a.+$", {0xDE, 0x61, 0xAB, 0xAE, 0xA4}, {0x805E, 0x61, 0x802B, 0x802E, 0x8024}},
+        {"~a#", {0xFE, 0x61, 0xA3}, {0x807E, 0x61, 0x8023}},
+        {"x[0-9]?", WithClass({0x78, 0xBF, 0xDB}, 16, {{6, 0xFF}, {7, 0x03}}), WithClass({0x78, 0x803F, 0x805B}, 4096, {{3, 0x03FF}})},
         {"\\x41", {0x41}}, {"\\101", {0x41}}, {"\\x", {0x00}}, {"\\x4G", {0x04, 'G'}}, {"\\xfFf", {0xFF}, {0x0FFF}},
         {"\\x263", {0x63}, {0x0263}}, {"\\12a", {0x0A, 'a'}}, {"\\777", {0xFF}, {0x01FF}}, {"\\8", {'8'}},
         {"\\^J\\^a\\^[", {0x0A, 0x01, 0x1B}}, {"\\^ ", {0xE0}, {0xFFE0}},
@@ -91,17 +94,6 @@ TEST(RegexCompiler, Escapes) {
         EXPECT_EQ(Units<char>(c.pattern), c.narrow) << c.pattern;
         EXPECT_EQ(Units<char16_t>(c.pattern), c.wide.empty() ? c.narrow : c.wide) << c.pattern;
     }
-}
-
-TEST(RegexCompiler, RangesCompareAsWritten) {
-    // 8-bit bounds are signed: 0xF0 is below 0x05, so the range wraps through the codes 0x80 and above.
-    EXPECT_EQ(DumpOf<char>("[\xF0-\x05]"), "opClass[00-05,70-7F]");
-    EXPECT_EQ(DumpOf<char16_t>("[\xF0-\x05]"), "opClass[0006-00F0]");
-    // A range of more codes than a class tells apart sets every bit once.
-    EXPECT_EQ(DumpOf<char>("[\x80-\x7F]"), "opClass[00-7F]");
-    DPatternTemplate<char16_t> wide;
-    ASSERT_EQ(wide.Compile(u"[\x0001-\xFFFF]"), peNone);
-    EXPECT_EQ(wide.Dump(), "opClass[0000-7FFF]");
 }
 
 TEST(RegexCompiler, Errors) {
