@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace scrivix {
 namespace {
@@ -28,14 +29,8 @@ ComPtr<I> Make(const CLSID& clsid) {
     return object;
 }
 
-struct SearchResult {
-    bool found;
-    LONG start, end;
-    bool operator==(const SearchResult&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const SearchResult& r) {
-    return out << (r.found ? "found [" : "not found [") << r.start << ", " << r.end << ")";
-}
+// Whether found, then Start and End as the search left them.
+using SearchResult = std::tuple<bool, LONG, LONG>;
 
 class PatternTest : public ::testing::TestWithParam<Width> {
 protected:
