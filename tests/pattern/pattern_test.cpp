@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace scrivix {
 namespace {
@@ -28,27 +29,25 @@ ComPtr<I> Make(const CLSID& clsid) {
     return object;
 }
 
-struct SearchResult {
-    bool found;
-    LONG start, end;
-    bool operator==(const SearchResult&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const SearchResult& r) {
-    return out << (r.found ? "found [" : "not found [") << r.start << ", " << r.end << ")";
-}
+// Whether found, then Start and End as the search left them.
+using SearchResult = std::tuple<bool, LONG, LONG>;
 
 class PatternTest : public ::testing::TestWithParam<Width> {
 protected:
     void SetUp() override { pattern_ = Make<IPattern>(*GetParam().pattern); }
 
-    void SetText(std::u16string_view text) { ASSERT_EQ(pattern_->put_Text(Bstr(text).Get()), S_OK); }
+    // A segment over a new buffer holding `text`.
+    ComPtr<IBufferSegment> Segment(std::u16string_view text) {
+        auto buffer = Make<IEditBuffer>(*GetParam().buffer);
+        EXPECT_EQ(buffer->Text(Bstr(text).Get()), S_OK);
+        auto segment = Make<IBufferSegment>(*GetParam().segment);
+        EXPECT_EQ(segment->put_Source(0, 0, buffer.Get()), S_OK);
+        return segment;
+    }
 
     // Searches `buffer_text` from [start, end) in the given direction.
     SearchResult Search(std::u16string_view buffer_text, LONG start, LONG end, bool reverse = false) {
-        auto buffer = Make<IEditBuffer>(*GetParam().buffer);
-        EXPECT_EQ(buffer->Text(Bstr(buffer_text).Get()), S_OK);
-        auto segment = Make<IBufferSegment>(*GetParam().segment);
-        EXPECT_EQ(segment->put_Source(0, 0, buffer.Get()), S_OK);
+        auto segment = Segment(buffer_text);
         VARIANT_BOOL found = 7;
         const HRESULT hr = reverse ? pattern_->FindReverse(segment.Get(), &start, &end, &found)
                                    : pattern_->Find(segment.Get(), &start, &end, &found);
@@ -70,113 +69,79 @@ TEST_P(PatternTest, ANewPattern) {
     EXPECT_EQ(pattern_->get_Text(text.Put()), S_OK);
     EXPECT_FALSE(text.IsNull());
     EXPECT_EQ(text.View(), u"");
-    auto support = pattern_.As<ISupportErrorInfo>();
-    EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IPattern), S_OK);
+    EXPECT_EQ(pattern_.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(IID_IPattern), S_OK);
     EXPECT_FALSE(pattern_.As<IConnectionPointContainer>());
 }
 
-// The search contract.
-TEST_P(PatternTest, FindsWithinTheSearchLimit) {
-    SetText(u"abc");
-    EXPECT_EQ(Search(u"xxabcxx", 0, 7), (SearchResult{true, 2, 5}));
-    EXPECT_EQ(Search(u"xxabcxx", 0, 3), (SearchResult{true, 2, 5})) << "an occurrence may run past the limit";
-    EXPECT_EQ(Search(u"xxabcxx", 0, 2), (SearchResult{false, 0, 2})) << "a miss leaves Start and End";
-    pattern_->put_LookAhead(2);
-    EXPECT_EQ(Search(u"xxabcxx", 0, 7), (SearchResult{false, 0, 7}));
-    pattern_->put_LookAhead(0);
-    EXPECT_EQ(Search(u"abc", 0, 3), (SearchResult{false, 0, 3})) << "look-ahead 0 finds nothing";
-}
-
-TEST_P(PatternTest, TheLiteralSearchNeverBacksUp) {
-    SetText(u"aab");
-    EXPECT_FALSE(Search(u"aaab", 0, 4).found);
-    EXPECT_EQ(Search(u"xaab", 0, 4), (SearchResult{true, 1, 4}));
-}
-
-TEST_P(PatternTest, WholeWordIsBoundedByWhiteSpace) {
-    SetText(u"cat");
-    pattern_->put_Options(poWholeWord);
-    EXPECT_EQ(Search(u"a cat sat", 0, 9), (SearchResult{true, 2, 5}));
-    EXPECT_EQ(Search(u"cat sat", 0, 7), (SearchResult{true, 0, 3}));
-    EXPECT_FALSE(Search(u"a cat.", 0, 6).found);
-    EXPECT_FALSE(Search(u"concat x", 0, 8).found);
-}
-
-TEST_P(PatternTest, IgnoreCaseFoldsAsciiOnly) {
-    SetText(u"ABC");
-    pattern_->put_Options(poIgnoreCase);
-    EXPECT_TRUE(Search(u"xabc", 0, 4).found);
-    EXPECT_TRUE(Search(u"aBc", 0, 3).found);
-    SetText(u"\u00C9");
-    EXPECT_FALSE(Search(u"\u00E9", 0, 1).found);
-}
-
-TEST_P(PatternTest, FindReverse) {
-    SetText(u"ab");
-    EXPECT_EQ(Search(u"ab-ab", 0, 5, true), (SearchResult{true, 3, 5}));
-    EXPECT_EQ(Search(u"ab-ab", 0, 4, true), (SearchResult{true, 0, 2}));
-}
-
-TEST_P(PatternTest, RegularExpressions) {
-    SetText(u"a+");
-    ASSERT_EQ(pattern_->put_Options(poRegExpression), S_OK);
-    EXPECT_EQ(Search(u"xaaay", 0, 5), (SearchResult{true, 1, 4}));
-    EXPECT_EQ(Search(u"xaaay", 0, 5, true), (SearchResult{true, 3, 4}));
-    SetText(u"y");
+// The search contract, with each option and the look-ahead passed on to the searches.
+TEST_P(PatternTest, Searches) {
+    struct Row {
+        const char16_t* pattern;
+        LONG options;
+        const char16_t* text;
+        LONG start, end;
+        SearchResult expected;
+        bool reverse = false;
+        LONG look_ahead = 2048;
+    };
+    const Row rows[] = {
+        {u"abc", 0, u"xxabcxx", 0, 7, {true, 2, 5}},
+        {u"abc", 0, u"xxabcxx", 0, 3, {true, 2, 5}},   // an occurrence may run past the limit
+        {u"abc", 0, u"xxabcxx", 0, 2, {false, 0, 2}},  // a miss leaves Start and End
+        {u"abc", 0, u"xxabcxx", 0, 7, {false, 0, 7}, false, 2},
+        {u"abc", 0, u"abc", 0, 3, {false, 0, 3}, false, 0},  // look-ahead 0 finds nothing
+        {u"cat", poWholeWord, u"a cat sat", 0, 9, {true, 2, 5}},
+        {u"ABC", poIgnoreCase, u"xaBc", 0, 4, {true, 1, 4}},
+        {u"a b", poSkipSpaces, u"axb", 0, 3, {true, 0, 3}},
+        {u"ab", 0, u"ab-ab", 0, 5, {true, 3, 5}, true},
+        {u"ab", 0, u"ab-ab", 0, 4, {true, 0, 2}, true},
+        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 1, 4}},
+        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 3, 4}, true},
+    };
+    for (const Row& row : rows) {
+        ASSERT_EQ(pattern_->put_Text(Bstr(row.pattern).Get()), S_OK);
+        ASSERT_EQ(pattern_->put_Options(row.options), S_OK);
+        ASSERT_EQ(pattern_->put_LookAhead(row.look_ahead), S_OK);
+        EXPECT_EQ(Search(row.text, row.start, row.end, row.reverse), row.expected) << "row " << (&row - rows);
+    }
+    ASSERT_EQ(pattern_->put_Text(Bstr(u"y").Get()), S_OK);
     EXPECT_EQ(Search(u"xaaay", 0, 5), (SearchResult{true, 1, 4})) << "the program stays until Options is put";
 }
 
 // Failures and their records.
 TEST_P(PatternTest, CompileFailuresReportTheirMessage) {
-    struct Row {
-        const char16_t* text;
-        const char* label;
-        HRESULT status;
-        DWORD help_context;
+    const std::tuple<const char16_t*, HRESULT, DWORD> rows[] = {
+        {u"*a", static_cast<HRESULT>(0x80042906u), 85},
+        {u"a**", static_cast<HRESULT>(0x80042909u), 88},
+        {u"[abc", static_cast<HRESULT>(0x80042908u), 87},
     };
-    const Row rows[] = {
-        {u"*a", "*a", static_cast<HRESULT>(0x80042906u), 85},
-        {u"a**", "a**", static_cast<HRESULT>(0x80042909u), 88},
-        {u"[abc", "[abc", static_cast<HRESULT>(0x80042908u), 87},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.label);
-        SetText(row.text);
-        EXPECT_EQ(pattern_->put_Options(poRegExpression), row.status);
+    for (const auto& [text, status, help_context] : rows) {
+        SCOPED_TRACE(help_context);
+        ASSERT_EQ(pattern_->put_Text(Bstr(text).Get()), S_OK);
+        EXPECT_EQ(pattern_->put_Options(poRegExpression), status);
         const test::ErrorRecord record = test::TakeErrorRecord();
-        EXPECT_EQ(record.help_context, row.help_context);
+        EXPECT_EQ(record.help_context, help_context);
         EXPECT_EQ(record.source, GetParam().source);
         EXPECT_EQ(record.guid, IID_IPattern);
-        LONG options = 0;
+        LONG options = 0, start = 0, end = 1;
         pattern_->get_Options(&options);
         EXPECT_EQ(options, poRegExpression) << "the options stay as put";
-        LONG start = 0, end = 1;
         VARIANT_BOOL found = 7;
-        auto buffer = Make<IEditBuffer>(*GetParam().buffer);
-        buffer->Text(Bstr(u"x").Get());
-        auto segment = Make<IBufferSegment>(*GetParam().segment);
-        segment->put_Source(0, 0, buffer.Get());
-        EXPECT_EQ(pattern_->Find(segment.Get(), &start, &end, &found), static_cast<HRESULT>(0x80042906u))
+        EXPECT_EQ(pattern_->Find(Segment(u"x").Get(), &start, &end, &found), static_cast<HRESULT>(0x80042906u))
             << "no program: the search reports an illegal expression";
         EXPECT_EQ(found, 7) << "and writes nothing";
     }
 }
 
-TEST_P(PatternTest, AnEmptyPatternReportsAndWritesNothing) {
+TEST_P(PatternTest, AnEmptyPatternOrNoBufferSegmentReportsAndWritesNothing) {
     auto segment = Make<IBufferSegment>(*GetParam().segment);
     LONG start = 0, end = 0;
     VARIANT_BOOL found = 7;
     EXPECT_EQ(pattern_->Find(segment.Get(), &start, &end, &found), static_cast<HRESULT>(0x8004290Eu));
     EXPECT_EQ(pattern_->FindReverse(segment.Get(), &start, &end, &found), static_cast<HRESULT>(0x8004290Eu));
-    EXPECT_EQ(found, 7);
     EXPECT_EQ(test::TakeErrorRecord().description, u"Attempt to search using an empty Pattern.");
-}
-
-TEST_P(PatternTest, ASourceThatIsNoBufferSegmentFails) {
-    SetText(u"a");
+    ASSERT_EQ(pattern_->put_Text(Bstr(u"a").Get()), S_OK);
     auto buffer = Make<IEditBuffer>(*GetParam().buffer);
-    LONG start = 0, end = 0;
-    VARIANT_BOOL found = 7;
     EXPECT_EQ(pattern_->Find(nullptr, &start, &end, &found), E_POINTER);
     EXPECT_EQ(pattern_->Find(reinterpret_cast<IBufferSegment*>(buffer.Get()), &start, &end, &found), E_POINTER);
     EXPECT_EQ(found, 7);

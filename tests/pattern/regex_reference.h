@@ -20,19 +20,11 @@ public:
 
     bool Match(const T* c, const T*& end) const { return length_ > 0 && Run(c, 0, end); }
 
-    bool FindForward(const T* from, const T* limit, const T*& start, const T*& end) const {
-        for (const T* c = from; c < limit; ++c) {
+    // Tries every candidate in [from, to): upwards, or downwards from `to`.
+    bool Find(bool forward, const T* from, const T* to, const T*& start, const T*& end) const {
+        for (std::ptrdiff_t k = 0; k < to - from; ++k) {
+            const T* c = forward ? from + k : to - 1 - k;
             if (Match(c, end)) {
-                start = c;
-                return true;
-            }
-        }
-        return false;
-    }
-
-    bool FindBackward(const T* lower, const T* before, const T*& start, const T*& end) const {
-        for (const T* c = before; c > lower;) {
-            if (Match(--c, end)) {
                 start = c;
                 return true;
             }
