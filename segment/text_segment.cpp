@@ -27,7 +27,7 @@ HRESULT DTextSegment::BufferModified(LONG origin, LONG old_length, LONG new_leng
     LONG segment_limit = limit_.load(std::memory_order_relaxed);
     const SegmentAdjustment adjustment =
         AdjustSegmentRange(segment_origin, segment_limit, origin, old_length, new_length,
-                           [this](LONG& length) { return buffer_ ? buffer_->Length(&length) : E_POINTER; });
+                           [this](LONG& length) { return BufferLength(length); });
     origin_.store(segment_origin, std::memory_order_relaxed);
     limit_.store(segment_limit, std::memory_order_relaxed);
     // To the listeners the edit is relative to the new origin: negative when it began in front of it.
@@ -47,6 +47,8 @@ ComPtr<IEditBuffer> DTextSegment::Buffer() {
     ObjectLockGuard guard(ObjectLock());
     return buffer_.Get();
 }
+
+HRESULT DTextSegment::BufferLength(LONG& length) { return buffer_ ? buffer_->Length(&length) : E_POINTER; }
 
 HRESULT DTextSegment::BindNewBuffer() {
     buffer_.SetSource(nullptr);
@@ -110,10 +112,8 @@ HRESULT DTextSegment::ExtendForwardBy(LONG Characters, LONG* Actual) {
     if (!Actual) return E_POINTER;
     *Actual = 0;
     ObjectLockGuard guard(ObjectLock());
-    if (!buffer_) return E_POINTER;
     LONG length = 0;
-    HRESULT hr = buffer_->Length(&length);
-    if (FAILED(hr)) return hr;
+    if (const HRESULT hr = BufferLength(length); FAILED(hr)) return hr;
     const int64_t old_limit = limit_;
     const int64_t new_limit = std::min<int64_t>(old_limit + Characters, length);
     if (new_limit < INT32_MIN) return E_INVALIDARG;
@@ -126,10 +126,8 @@ HRESULT DTextSegment::ExtendBackwardBy(LONG Characters, LONG* Actual) {
     if (!Actual) return E_POINTER;
     *Actual = 0;
     ObjectLockGuard guard(ObjectLock());
-    if (!buffer_) return E_POINTER;
     LONG length = 0;
-    HRESULT hr = buffer_->Length(&length);
-    if (FAILED(hr)) return hr;
+    if (const HRESULT hr = BufferLength(length); FAILED(hr)) return hr;
     const int64_t old_origin = origin_;
     const int64_t new_origin = std::min<int64_t>(std::max<int64_t>(old_origin - Characters, 0), length);
     origin_ = Narrow(new_origin);

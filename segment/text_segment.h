@@ -79,6 +79,8 @@ private:
     HRESULT BindNewBuffer();
     // The buffer, taken under the lock by operations that run without it.
     ComPtr<IEditBuffer> Buffer();
+    // The buffer's length; E_POINTER without a buffer. Under the lock.
+    HRESULT BufferLength(LONG& length);
     // A buffer segment of the buffer's SegmentClass bound to [Origin, Limit); holds a read lock.
     HRESULT MakeBufferSegment(ComPtr<IBufferSegment>& view);
     // A pattern of PatternClass with `text` and `options` put, in that order.
