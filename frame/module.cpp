@@ -17,7 +17,6 @@
 #include "platform/registrar.h"
 #include "platform/registry.h"
 
-#include <atomic>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -25,8 +24,6 @@
 
 namespace scrivix {
 namespace {
-
-std::atomic<LONG> object_count{0};
 
 const char* FindMessageText(UINT id) {
     const MessageEntry* entry = FindMessage(id);
@@ -38,6 +35,7 @@ public:
     Module() {
         instance_.path = platform::ModulePathOf(reinterpret_cast<const void*>(&DllGetClassObject));
         instance_.get_class_object = &DllGetClassObject;
+        instance_.find_creator = &FindCreator;
         instance_.find_string = &FindMessageText;
         instance_.type_library = &ScrivixTypeLibrary();
         handle_ = platform::RegisterModuleInstance(&instance_);
@@ -76,6 +74,11 @@ public:
     }
 
 private:
+    static platform::CreateInstanceFunction FindCreator(REFCLSID clsid) {
+        const ClassEntry* entry = FindClass(clsid);
+        return entry ? entry->creator : nullptr;
+    }
+
     static ClassEntry* FindClass(REFCLSID clsid) {
         for (ClassEntry& entry : ClassTable())
             if (*entry.clsid == clsid) return &entry;
@@ -136,10 +139,6 @@ Module& TheModule() {
 [[maybe_unused]] const Module& started = TheModule();
 
 }  // namespace
-
-void ModuleAddRef() { ++object_count; }
-void ModuleRelease() { --object_count; }
-LONG ModuleObjectCount() { return object_count.load(); }
 
 HINSTANCE ThisModule() { return TheModule().Handle(); }
 

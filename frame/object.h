@@ -94,9 +94,16 @@ protected:
     // Lookup in the class's table, not delegated to an outer object; adds a reference on success.
     virtual HRESULT InternalQueryInterface(REFIID iid, void** ppv) = 0;
 
-    ULONG InternalAddRef() { return ++refs_; }
+    ULONG InternalAddRef() { return refs_.fetch_add(1, std::memory_order_relaxed) + 1; }
     ULONG InternalRelease() {
-        const ULONG left = --refs_;
+        // Whoever holds the only reference is alone with the object: nobody else can add one meanwhile,
+        // so the last release needs no locked instruction. (Most objects are short-lived: a segment for
+        // every stop of an iterator.) The acquire pairs with the releases of the other references.
+        if (refs_.load(std::memory_order_acquire) == 1) {
+            delete this;
+            return 0;
+        }
+        const ULONG left = refs_.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (left == 0) delete this;
         return left;
     }
@@ -158,11 +165,19 @@ private:
 
     HRESULT InternalQueryInterface(REFIID iid, void** ppv) override {
         if (!ppv) return E_POINTER;
-        *ppv = iid == IID_IUnknown ? T::Interfaces::Identity(this) : T::Interfaces::Find(this, iid);
+        *ppv = InterfaceFor(iid);
         if (!*ppv) return E_NOINTERFACE;
         static_cast<IUnknown*>(*ppv)->AddRef();
         return S_OK;
     }
+
+    // The object's interface `iid` without a new reference, or null.
+    void* InterfaceFor(REFIID iid) {
+        return iid == IID_IUnknown ? T::Interfaces::Identity(this) : T::Interfaces::Find(this, iid);
+    }
+
+    template <class U>
+    friend HRESULT CreateComObject(IUnknown* outer, REFIID iid, void** ppv);
 };
 
 // Makes an object of class T for a client: with an outer object only IUnknown may be asked for (and
@@ -174,18 +189,24 @@ HRESULT CreateComObject(IUnknown* outer, REFIID iid, void** ppv) {
     if (outer && (!T::kAggregatable || iid != IID_IUnknown)) return CLASS_E_NOAGGREGATION;
     ComObject<T>* object = nullptr;
     try {
-        object = new ComObject<T>();
+        // Default-initialised: every member has its initialiser, and the object is not zeroed first.
+        object = new ComObject<T>;
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     }
     object->outer_ = outer;
     // Hold the object while it finishes its set-up, so that references taken and dropped meanwhile
-    // cannot destroy it.
-    object->InternalAddRef();
+    // cannot destroy it. Nobody else knows the object yet: the hold is a plain store.
+    object->refs_.store(1, std::memory_order_relaxed);
     HRESULT hr = object->FinalConstruct();
     if (SUCCEEDED(hr)) {
-        ObjectRoot* root = object;
-        hr = outer ? root->inner_.QueryInterface(iid, ppv) : root->InternalQueryInterface(iid, ppv);
+        // The hold becomes the caller's reference: an aggregated object hands out its inner unknown.
+        void* found = outer ? static_cast<IUnknown*>(&object->inner_) : object->InterfaceFor(iid);
+        if (found) {
+            *ppv = found;
+            return S_OK;
+        }
+        hr = E_NOINTERFACE;
     }
     object->InternalRelease();
     return hr;

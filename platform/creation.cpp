@@ -44,10 +44,17 @@ GetClassObjectFunction LoadServer(const std::string& path, HRESULT& status) {
     return entry;
 }
 
+// Where the class objects of a class come from; a module loaded in the process may also make the
+// objects directly.
+struct Server {
+    GetClassObjectFunction get_class_object = nullptr;
+    CreateInstanceFunction create_instance = nullptr;
+};
+
 // What this thread has read from the registry to create objects: ProgIDs with their class ids, class ids
-// with the entry of their server. Objects are made by class name at a high rate (a buffer segment for
-// every search step), and the answers stay right until the registry changes, when they are all dropped.
-// Only successful look-ups are kept, a few of each.
+// with their server. Objects are made by class name at a high rate (a buffer segment for every search
+// step), and the answers stay right until the registry changes, when they are all dropped. Only
+// successful look-ups are kept, a few of each.
 class LookupCache {
 public:
     static LookupCache& ForThisThread() {
@@ -63,9 +70,9 @@ public:
                 return &clsid;
         return nullptr;
     }
-    GetClassObjectFunction ServerOf(REFCLSID clsid) const {
-        for (const auto& [id, entry] : servers_)
-            if (id == clsid) return entry;
+    const Server* ServerOf(REFCLSID clsid) const {
+        for (const auto& [id, server] : servers_)
+            if (id == clsid) return &server;
         return nullptr;
     }
     // A look-up that cannot be remembered (no memory) is read from the registry again next time.
@@ -75,9 +82,9 @@ public:
         } catch (...) {
         }
     }
-    void Keep(REFCLSID clsid, GetClassObjectFunction entry) noexcept {
+    void Keep(REFCLSID clsid, const Server& server) noexcept {
         try {
-            Add(servers_, {clsid, entry});
+            Add(servers_, {clsid, server});
         } catch (...) {
         }
     }
@@ -100,7 +107,7 @@ private:
 
     uint64_t generation_ = ~uint64_t{0};
     std::vector<std::pair<std::u16string, CLSID>> prog_ids_;
-    std::vector<std::pair<CLSID, GetClassObjectFunction>> servers_;
+    std::vector<std::pair<CLSID, Server>> servers_;
 };
 
 // The class id of a ProgID, as the registry gives it.
@@ -116,20 +123,35 @@ HRESULT ReadClassOfProgID(LPCOLESTR prog_id, LPCLSID clsid) {
     return CO_E_CLASSSTRING;
 }
 
-// The entry that makes the class objects of `clsid`: the loaded module's own, or a server's loaded now.
-GetClassObjectFunction FindServer(REFCLSID clsid, HRESULT& status) {
-    auto server = ReadRegistryString(u"CLSID\\" + GuidToString(clsid) + u"\\InprocServer32");
-    if (!server) {
+// The server of `clsid`: a module already loaded, or a server's file loaded now.
+std::optional<Server> FindServer(REFCLSID clsid, HRESULT& status) {
+    auto file = ReadRegistryString(u"CLSID\\" + GuidToString(clsid) + u"\\InprocServer32");
+    if (!file) {
         status = REGDB_E_CLASSNOTREG;
-        return nullptr;
+        return std::nullopt;
     }
-    const std::string path = Utf16ToUtf8(*server);
+    const std::string path = Utf16ToUtf8(*file);
     if (path.empty()) {
         status = CO_E_DLLNOTFOUND;
-        return nullptr;
+        return std::nullopt;
     }
-    if (const ModuleInstance* module = FindModuleByPath(path)) return module->get_class_object;
-    return LoadServer(path, status);
+    if (const ModuleInstance* module = FindModuleByPath(path))
+        return Server{module->get_class_object, module->find_creator ? module->find_creator(clsid) : nullptr};
+    if (GetClassObjectFunction entry = LoadServer(path, status)) return Server{entry, nullptr};
+    return std::nullopt;
+}
+
+// The server of `clsid`, from this thread's cache or the registry.
+std::optional<Server> ServerOf(REFCLSID clsid, DWORD context, HRESULT& status) {
+    if (!(context & (CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER))) {
+        status = REGDB_E_CLASSNOTREG;
+        return std::nullopt;
+    }
+    LookupCache& cache = LookupCache::ForThisThread();
+    if (const Server* known = cache.ServerOf(clsid)) return *known;
+    std::optional<Server> server = FindServer(clsid, status);
+    if (server) cache.Keep(clsid, *server);
+    return server;
 }
 
 }  // namespace
@@ -172,22 +194,23 @@ HRESULT ProgIDFromCLSID(REFCLSID clsid, LPOLESTR* prog_id) {
 HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, LPVOID, REFIID iid, LPVOID* ppv) {
     if (!ppv) return E_INVALIDARG;
     *ppv = nullptr;
-    if (!(context & (CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER))) return REGDB_E_CLASSNOTREG;
-    LookupCache& cache = LookupCache::ForThisThread();
-    GetClassObjectFunction entry = cache.ServerOf(clsid);
-    if (!entry) {
-        HRESULT status = S_OK;
-        if (!(entry = FindServer(clsid, status))) return status;
-        cache.Keep(clsid, entry);
-    }
-    return entry(clsid, iid, ppv);
+    HRESULT status = S_OK;
+    const std::optional<Server> server = ServerOf(clsid, context, status);
+    return server ? server->get_class_object(clsid, iid, ppv) : status;
 }
 
 HRESULT CoCreateInstance(REFCLSID clsid, LPUNKNOWN outer, DWORD context, REFIID iid, LPVOID* ppv) {
     if (!ppv) return E_POINTER;
     *ppv = nullptr;
+    HRESULT hr = S_OK;
+    const std::optional<Server> server = ServerOf(clsid, context, hr);
+    if (!server) return hr;
+    if (server->create_instance) {
+        if (outer && iid != IID_IUnknown) return CLASS_E_NOAGGREGATION;
+        return server->create_instance(outer, iid, ppv);
+    }
     scrivix::ComPtr<IClassFactory> factory;
-    HRESULT hr = CoGetClassObject(clsid, context, nullptr, IID_IClassFactory, factory.PutVoid());
+    hr = server->get_class_object(clsid, IID_IClassFactory, factory.PutVoid());
     return FAILED(hr) ? hr : factory->CreateInstance(outer, iid, ppv);
 }
 

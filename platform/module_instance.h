@@ -13,10 +13,15 @@
 namespace scrivix::platform {
 
 using GetClassObjectFunction = HRESULT (*)(REFCLSID, REFIID, LPVOID*);
+// Makes an object of one class, as that class object's CreateInstance does.
+using CreateInstanceFunction = HRESULT (*)(IUnknown* outer, REFIID iid, LPVOID* ppv);
 
 struct ModuleInstance {
     std::string path;  // the module's file, absolute, UTF-8
     GetClassObjectFunction get_class_object = nullptr;
+    // The module's maker of objects of class `clsid`, or null: creation calls it directly instead of
+    // taking the class object, asking it and releasing it for every object. Optional.
+    CreateInstanceFunction (*find_creator)(REFCLSID clsid) = nullptr;
     // The module's string table, 8-bit text in the ANSI code page; null when it has no such entry.
     const char* (*find_string)(UINT id) = nullptr;
     // The module's type library, or null.

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #if defined(SCRIVIX_BUILDING_LIBRARY)
 #define SCRIVIX_API __attribute__((visibility("default")))
@@ -83,12 +84,8 @@ typedef const IID& REFIID;
 typedef const CLSID& REFCLSID;
 static_assert(sizeof(GUID) == 16, "GUID is 16 bytes");
 
-inline bool operator==(const GUID& a, const GUID& b) {
-    if (a.Data1 != b.Data1 || a.Data2 != b.Data2 || a.Data3 != b.Data3) return false;
-    for (int i = 0; i < 8; ++i)
-        if (a.Data4[i] != b.Data4[i]) return false;
-    return true;
-}
+// Compared as 16 bytes, which the compiler turns into two word compares.
+inline bool operator==(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
 inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
 
 union LARGE_INTEGER {

@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace scrivix {
 namespace {
@@ -68,6 +69,32 @@ TEST(ClassObjects, RefuseBadRequests) {
     ASSERT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, outer.PutVoid()), S_OK);
     EXPECT_EQ(factory->CreateInstance(outer.Get(), IID_IScrivixLib, &object), CLASS_E_NOAGGREGATION);
     EXPECT_EQ(object, nullptr);
+}
+
+// Creation by class id makes the library's objects without taking their class objects; it must answer
+// every request as the class object's CreateInstance does.
+TEST(ClassObjects, CreationByClassIdAnswersAsTheClassObject) {
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(DllGetClassObject(CLSID_TextSegment, IID_IClassFactory, factory.PutVoid()), S_OK);
+    ComPtr<IUnknown> outer;
+    ASSERT_EQ(CoCreateInstance(CLSID_ScrivixSvr, nullptr, CLSCTX_ALL, IID_IUnknown, outer.PutVoid()), S_OK);
+    const long before = test::LiveObjects();
+    const std::pair<const IID*, const char*> asked[] = {
+        {&IID_ITextSegment, "ITextSegment"}, {&IID_IUnknown, "IUnknown"}, {&IID_IEditBuffer, "IEditBuffer"}};
+    for (const auto& [iid, name] : asked) {
+        for (IUnknown* with : {static_cast<IUnknown*>(nullptr), outer.Get()}) {
+            ComPtr<IUnknown> by_class_object, by_class_id;
+            EXPECT_EQ(CoCreateInstance(CLSID_TextSegment, with, CLSCTX_INPROC_SERVER, *iid, by_class_id.PutVoid()),
+                      factory->CreateInstance(with, *iid, by_class_object.PutVoid()))
+                << name << (with ? ", aggregated" : "");
+            EXPECT_EQ(!by_class_id, !by_class_object);
+        }
+    }
+    EXPECT_EQ(test::LiveObjects(), before);
+    ComPtr<IUnknown> none;
+    EXPECT_EQ(CoCreateInstance(CLSID_TextSegment, nullptr, CLSCTX_LOCAL_SERVER, IID_IUnknown, none.PutVoid()),
+              REGDB_E_CLASSNOTREG)
+        << "no in-process context, no server";
 }
 
 TEST(Registration, AFreshProcessResolvesTheLibrarysClasses) {

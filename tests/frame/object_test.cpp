@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <vector>
+
 namespace scrivix {
 namespace {
 
@@ -101,6 +104,30 @@ TEST(ObjectCount, FollowsLiveObjects) {
         EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
     }
     EXPECT_EQ(test::LiveObjects(), before);
+}
+
+// Threads count apart: objects made on threads that have ended, released on another, and a failed
+// creation (the object is gone again) must all add up.
+TEST(ObjectCount, AddsUpAcrossThreads) {
+    const long before = test::LiveObjects();
+    std::vector<ComPtr<IBufferSegment>> made(8);
+    std::vector<std::thread> makers;
+    for (auto& object : made) makers.emplace_back([&object] { EXPECT_EQ(MakeObject<DProbe>(object), S_OK); });
+    for (auto& maker : makers) maker.join();
+    EXPECT_EQ(test::LiveObjects(), before + 8) << "the makers have ended; their objects still count";
+
+    std::thread releaser([&made] {
+        for (size_t i = 0; i < made.size(); i += 2) made[i] = nullptr;
+    });
+    releaser.join();
+    EXPECT_EQ(test::LiveObjects(), before + 4);
+    made.clear();
+    EXPECT_EQ(test::LiveObjects(), before);
+
+    void* none = &none;
+    EXPECT_EQ(CreateComObject<DProbe>(nullptr, IID_IEditBuffer, &none), E_NOINTERFACE);
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(test::LiveObjects(), before) << "an object that answers nothing asked is destroyed at once";
 }
 
 TEST(Aggregation, InnerDelegatesToTheOuterObject) {
