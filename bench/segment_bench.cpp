@@ -3,6 +3,9 @@
 // notified: half lie in front of the edit, half behind it, a few across it. The counter per_segment is the
 // time of one Replace divided by the segments notified. Beside it, the floor: the adjustment rule alone
 // over 10,000 plain ranges.
+//
+// And what a pattern iterator's Next pays besides its searches: the buffer segment that SegmentBuffer makes
+// by class name (with its read lock), and the sub-section handed out, each made and released.
 #include "segment/segment_adjustment.h"
 #include "segment/text_segment.h"
 
@@ -60,6 +63,33 @@ void AdjustmentAlone(benchmark::State& state) {
     PerSegment(state);
 }
 
+ComPtr<ITextSegment> SmallSource() {
+    ComPtr<ITextSegment> source;
+    MakeObject<DTextSegment>(source);
+    source->put_Text(Bstr(u"a text of some length").Get());
+    return source;
+}
+
+void SegmentBufferMadeAndReleased(benchmark::State& state) {
+    const auto source = SmallSource();
+    for (auto _ : state) {
+        ComPtr<IUnknown> view;
+        source->SegmentBuffer(view.Put());
+        benchmark::DoNotOptimize(view.Get());
+    }
+}
+
+void SubSectionMadeAndReleased(benchmark::State& state) {
+    const auto source = SmallSource();
+    for (auto _ : state) {
+        ComPtr<ITextSegment> section;
+        source->SubSection(2, 6, section.Put());
+        benchmark::DoNotOptimize(section.Get());
+    }
+}
+
+BENCHMARK(SegmentBufferMadeAndReleased);
+BENCHMARK(SubSectionMadeAndReleased);
 BENCHMARK_CAPTURE(ReplaceUnderSegments, EditBufferA, u"Scrivix.EditBufferA");
 BENCHMARK_CAPTURE(ReplaceUnderSegments, EditBufferU, u"Scrivix.EditBufferU");
 BENCHMARK(AdjustmentAlone);

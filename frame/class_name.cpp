@@ -49,7 +49,7 @@ HRESULT ClassNameProperty::Get(BSTR* out) const {
     *out = nullptr;
     std::lock_guard guard(mutex_);
     if (!text_) return S_OK;
-    return CopyToBstr({text_, length_}, out);
+    return CopyToBstr({text_, Length()}, out);
 }
 
 HRESULT ClassNameProperty::Put(BSTR name) {
@@ -66,7 +66,12 @@ HRESULT ClassNameProperty::Put(BSTR name) {
 
 Bstr ClassNameProperty::Value() const {
     std::lock_guard guard(mutex_);
-    return text_ ? Bstr(std::u16string_view(text_, length_)) : Bstr();
+    return text_ ? Bstr(std::u16string_view(text_, Length())) : Bstr();
+}
+
+size_t ClassNameProperty::Length() const {
+    if (length_ == kNotMeasured) length_ = std::char_traits<OLECHAR>::length(text_);
+    return length_;
 }
 
 }  // namespace scrivix

@@ -32,9 +32,9 @@ HRESULT CreateFromClassName(BSTR name, ComPtr<I>& out) {
 // allocates.
 class ClassNameProperty {
 public:
-    // `constant` lives as long as the program (a string literal).
-    explicit ClassNameProperty(const OLECHAR* constant)
-        : text_(constant), length_(std::char_traits<OLECHAR>::length(constant)) {}
+    // `constant` lives as long as the program (a string literal). Its length is measured when the value
+    // is first read: most objects never read their class names.
+    explicit ClassNameProperty(const OLECHAR* constant) : text_(constant) {}
     // Shares the value of `other`; a later put on either leaves the other as it was.
     ClassNameProperty(const ClassNameProperty& other);
     ClassNameProperty& operator=(const ClassNameProperty& other);
@@ -48,9 +48,13 @@ private:
     mutable std::mutex mutex_;
     // What keeps a put value alive; empty for a constant and for null.
     std::shared_ptr<const std::u16string> owned_;
+    static constexpr size_t kNotMeasured = ~size_t{0};
+    // The value's length, measured on first use. Under the mutex.
+    size_t Length() const;
+
     // The value, zero-terminated; null when the property is null.
     const OLECHAR* text_;
-    size_t length_;
+    mutable size_t length_ = kNotMeasured;
 };
 
 }  // namespace scrivix

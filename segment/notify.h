@@ -75,9 +75,9 @@ public:
     explicit DComEventsPtr(typename Handler::OwnerType* owner) {
         // Without its sink an owner hears nothing; the sink is missing only when memory ran out, and every
         // use below tolerates that.
-        ComPtr<Events> sink;
-        if (SUCCEEDED(CreateComObject<COMSink>(nullptr, uuidof<Events>(), sink.PutVoid()))) {
-            sink_ = ComPtr<COMSink>(static_cast<COMSink*>(static_cast<Handler*>(sink.Get())));
+        void* sink = nullptr;
+        if (SUCCEEDED(CreateComObject<COMSink>(nullptr, uuidof<Events>(), &sink))) {
+            sink_ = ComPtr<COMSink>::Adopt(static_cast<COMSink*>(static_cast<Events*>(sink)));
             sink_->SetOwner(owner);
         }
     }

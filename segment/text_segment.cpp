@@ -23,13 +23,13 @@ HRESULT DTextSegment::DNotifyHandler::Modified(LONG Origin, LONG OldLength, LONG
 
 HRESULT DTextSegment::BufferModified(LONG origin, LONG old_length, LONG new_length) {
     ObjectLockGuard guard(ObjectLock());
-    LONG segment_origin = origin_.load(std::memory_order_relaxed);
-    LONG segment_limit = limit_.load(std::memory_order_relaxed);
+    LONG segment_origin = origin_;
+    LONG segment_limit = limit_;
     const SegmentAdjustment adjustment =
         AdjustSegmentRange(segment_origin, segment_limit, origin, old_length, new_length,
                            [this](LONG& length) { return BufferLength(length); });
-    origin_.store(segment_origin, std::memory_order_relaxed);
-    limit_.store(segment_limit, std::memory_order_relaxed);
+    origin_ = segment_origin;
+    limit_ = segment_limit;
     // To the listeners the edit is relative to the new origin: negative when it began in front of it.
     if (adjustment.notify) FireModified(Narrow(int64_t{origin} - segment_origin), old_length, new_length);
     return adjustment.status;
