@@ -87,6 +87,27 @@ void DBufferSegment<T, Clsid>::Unbind() {
     begin_ = end_ = segment_begin_ = segment_end_ = nullptr;
 }
 
+namespace {
+
+const void* InterfaceTableOf(const IBufferSegment* segment) { return *reinterpret_cast<const void* const*>(segment); }
+
+// The table of IBufferSegment in objects of class T, read off an unbound object made for the purpose.
+template <class T>
+const void* BufferSegmentTable() {
+    static const void* const table = [] {
+        ComObject<T> probe;
+        return InterfaceTableOf(static_cast<IBufferSegment*>(&probe));
+    }();
+    return table;
+}
+
+}  // namespace
+
+bool IsLibraryBufferSegment(IBufferSegment* segment) {
+    const void* table = InterfaceTableOf(segment);
+    return table == BufferSegmentTable<BufferSegmentA>() || table == BufferSegmentTable<BufferSegmentU>();
+}
+
 template class DBufferSegment<char, CLSID_BufferSegmentA>;
 template class DBufferSegment<char16_t, CLSID_BufferSegmentU>;
 

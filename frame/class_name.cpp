@@ -54,6 +54,11 @@ HRESULT ClassNameProperty::Get(BSTR* out) const {
 
 HRESULT ClassNameProperty::Put(BSTR name) {
     return Guarded([&] {
+        {
+            // The value it has already (an iterator taking its source's default, say) costs no copy.
+            std::lock_guard guard(mutex_);
+            if (name && text_ && Bstr::View(name) == std::u16string_view(text_, Length())) return S_OK;
+        }
         std::shared_ptr<const std::u16string> owned;
         if (name) owned = std::make_shared<const std::u16string>(Bstr::View(name));
         std::lock_guard guard(mutex_);

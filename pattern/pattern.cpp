@@ -2,6 +2,7 @@
 // object lock; the searches read the buffer in place between the buffer segment's Begin and End.
 #include "pattern/pattern.h"
 
+#include "buffer/buffer_segment.h"
 #include "frame/class_table.h"
 #include "platform/bstr.h"
 
@@ -100,9 +101,16 @@ HRESULT DPattern<T, Clsid>::Search(Direction direction, IBufferSegment* source, 
     // A regular expression that failed to compile has nothing to search with.
     if (IsExpression() && !program_) return Report(kIllegalExpression);
     if (!source) return E_POINTER;
-    ComPtr<IBufferSegment> segment;
-    HRESULT hr = source->QueryInterface(IID_IBufferSegment, segment.PutVoid());
-    if (FAILED(hr)) return hr == E_NOINTERFACE ? E_POINTER : hr;
+    // The library's own buffer segments are called as they are; any other object is asked first, so that
+    // one that is no buffer segment fails here instead of being called through the wrong table.
+    ComPtr<IBufferSegment> asked;
+    IBufferSegment* segment = source;
+    HRESULT hr = S_OK;
+    if (!IsLibraryBufferSegment(source)) {
+        hr = source->QueryInterface(IID_IBufferSegment, asked.PutVoid());
+        if (FAILED(hr)) return hr == E_NOINTERFACE ? E_POINTER : hr;
+        segment = asked.Get();
+    }
     void* begin = nullptr;
     void* buffer_end = nullptr;
     if (FAILED(hr = segment->Begin(&begin)) || FAILED(hr = segment->End(&buffer_end))) return hr;

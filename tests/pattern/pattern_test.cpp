@@ -9,6 +9,7 @@
 
 #include <string>
 #include <tuple>
+#include <utility>
 
 namespace scrivix {
 namespace {
@@ -145,6 +146,65 @@ TEST_P(PatternTest, AnEmptyPatternOrNoBufferSegmentReportsAndWritesNothing) {
     EXPECT_EQ(pattern_->Find(nullptr, &start, &end, &found), E_POINTER);
     EXPECT_EQ(pattern_->Find(reinterpret_cast<IBufferSegment*>(buffer.Get()), &start, &end, &found), E_POINTER);
     EXPECT_EQ(found, 7);
+}
+
+// A buffer segment of the client's own that shows the library's segment through itself: a search must
+// ask it for the interface, and give back every reference it took.
+class ClientSegment final : public IBufferSegment {
+public:
+    explicit ClientSegment(ComPtr<IBufferSegment> inner) : inner_(std::move(inner)) {}
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
+        *ppv = nullptr;
+        if (iid != IID_IUnknown && iid != IID_IDispatch && iid != IID_IBufferSegment) return E_NOINTERFACE;
+        *ppv = static_cast<IBufferSegment*>(this);
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++refs; }
+    ULONG STDMETHODCALLTYPE Release() override { return --refs; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE get_MaxSize(LONG* size) override { return inner_->get_MaxSize(size); }
+    HRESULT STDMETHODCALLTYPE put_MaxSize(LONG size) override { return inner_->put_MaxSize(size); }
+    HRESULT STDMETHODCALLTYPE Begin(void** at) override { return inner_->Begin(at); }
+    HRESULT STDMETHODCALLTYPE End(void** at) override { return inner_->End(at); }
+    HRESULT STDMETHODCALLTYPE CharacterSize(SHORT* size) override { return inner_->CharacterSize(size); }
+    HRESULT STDMETHODCALLTYPE SegBegin(void** at) override { return inner_->SegBegin(at); }
+    HRESULT STDMETHODCALLTYPE SegEnd(void** at) override { return inner_->SegEnd(at); }
+    HRESULT STDMETHODCALLTYPE NextSegment(void** at) override { return inner_->NextSegment(at); }
+    HRESULT STDMETHODCALLTYPE PrevSegment(void** at) override { return inner_->PrevSegment(at); }
+    HRESULT STDMETHODCALLTYPE get_Source(LONG origin, LONG limit, IUnknown** buffer) override {
+        return inner_->get_Source(origin, limit, buffer);
+    }
+    HRESULT STDMETHODCALLTYPE put_Source(LONG origin, LONG limit, IUnknown* buffer) override {
+        return inner_->put_Source(origin, limit, buffer);
+    }
+    HRESULT STDMETHODCALLTYPE Length(LONG* length) override { return inner_->Length(length); }
+
+    ULONG refs = 1;
+
+private:
+    ComPtr<IBufferSegment> inner_;
+};
+
+TEST_P(PatternTest, SearchesABufferSegmentOfTheClientsOwn) {
+    ASSERT_EQ(pattern_->put_Text(Bstr(u"abc").Get()), S_OK);
+    ClientSegment client(Segment(u"xxabcxxabc"));
+    for (bool reverse : {false, true}) {
+        LONG start = 0, end = 10;
+        VARIANT_BOOL found = VARIANT_FALSE;
+        EXPECT_EQ(reverse ? pattern_->FindReverse(&client, &start, &end, &found)
+                          : pattern_->Find(&client, &start, &end, &found),
+                  S_OK);
+        EXPECT_EQ(found, VARIANT_TRUE);
+        EXPECT_EQ(start, reverse ? 7 : 2);
+        EXPECT_EQ(client.refs, 1u) << "every reference taken is given back";
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(BothWidths, PatternTest, ::testing::Values(kAnsi, kUnicode),
