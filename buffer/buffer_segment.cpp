@@ -89,7 +89,7 @@ void DBufferSegment<T, Clsid>::Unbind() {
 
 namespace {
 
-const void* InterfaceTableOf(const IBufferSegment* segment) { return *reinterpret_cast<const void* const*>(segment); }
+const void* InterfaceTableOf(const IUnknown* object) { return *reinterpret_cast<const void* const*>(object); }
 
 // The table of IBufferSegment in objects of class T, read off an unbound object made for the purpose.
 template <class T>
@@ -103,9 +103,11 @@ const void* BufferSegmentTable() {
 
 }  // namespace
 
-bool IsLibraryBufferSegment(IBufferSegment* segment) {
-    const void* table = InterfaceTableOf(segment);
-    return table == BufferSegmentTable<BufferSegmentA>() || table == BufferSegmentTable<BufferSegmentU>();
+IBufferSegment* AsLibraryBufferSegment(IUnknown* object) {
+    const void* table = InterfaceTableOf(object);
+    const bool ours = table == BufferSegmentTable<BufferSegmentA>() || table == BufferSegmentTable<BufferSegmentU>();
+    // The table is that of IBufferSegment itself: the pointer is that interface.
+    return ours ? static_cast<IBufferSegment*>(object) : nullptr;
 }
 
 template class DBufferSegment<char, CLSID_BufferSegmentA>;

@@ -55,10 +55,10 @@ private:
 using BufferSegmentA = DBufferSegment<char, CLSID_BufferSegmentA>;
 using BufferSegmentU = DBufferSegment<char16_t, CLSID_BufferSegmentU>;
 
-// Whether `segment` is one of this library's buffer segments, told by its interface table alone (the
-// first word of every interface pointer), without asking the object and so without touching its count.
-// A search is handed a buffer segment for every call; one of its own it may use as it is, any other
-// object it must first ask for IBufferSegment.
-bool IsLibraryBufferSegment(IBufferSegment* segment);
+// `object` as one of this library's buffer segments, told by its interface table alone (the first word of
+// every interface pointer), without asking the object and so without touching its count; null for any
+// other object, which must be asked for IBufferSegment as usual. Searches are handed buffer segments at a
+// high rate (one per Find, one per iterator step) and mostly the library's own.
+IBufferSegment* AsLibraryBufferSegment(IUnknown* object);
 
 }  // namespace scrivix

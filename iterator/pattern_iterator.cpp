@@ -2,6 +2,7 @@
 // holds a buffer segment of the source, and with it a read lock on the buffer, for its whole search.
 #include "iterator/pattern_iterator.h"
 
+#include "buffer/buffer_segment.h"
 #include "frame/class_table.h"
 #include "platform/bstr.h"
 
@@ -138,7 +139,13 @@ HRESULT DPatternIterator::OpenWindow(SearchWindow& window) {
     HRESULT hr = source_->SegmentBuffer(buffer_lock.Put());
     if (FAILED(hr)) return hr;
     if (!buffer_lock) return E_POINTER;
-    if (FAILED(hr = buffer_lock.As(window.view))) return hr;
+    if (IBufferSegment* view = AsLibraryBufferSegment(buffer_lock.Get())) {
+        // The same reference, taken over as the interface it is.
+        buffer_lock.Detach();
+        window.view = ComPtr<IBufferSegment>::Adopt(view);
+    } else if (FAILED(hr = buffer_lock.As(window.view))) {
+        return hr;
+    }
     LONG buffer_length = 0;
     LONG origin = 0;
     LONG length = 0;

@@ -104,9 +104,9 @@ HRESULT DPattern<T, Clsid>::Search(Direction direction, IBufferSegment* source, 
     // The library's own buffer segments are called as they are; any other object is asked first, so that
     // one that is no buffer segment fails here instead of being called through the wrong table.
     ComPtr<IBufferSegment> asked;
-    IBufferSegment* segment = source;
+    IBufferSegment* segment = AsLibraryBufferSegment(source);
     HRESULT hr = S_OK;
-    if (!IsLibraryBufferSegment(source)) {
+    if (!segment) {
         hr = source->QueryInterface(IID_IBufferSegment, asked.PutVoid());
         if (FAILED(hr)) return hr == E_NOINTERFACE ? E_POINTER : hr;
         segment = asked.Get();
