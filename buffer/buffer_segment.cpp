@@ -94,18 +94,19 @@ const void* InterfaceTableOf(const IUnknown* object) { return *reinterpret_cast<
 // The table of IBufferSegment in objects of class T, read off an unbound object made for the purpose.
 template <class T>
 const void* BufferSegmentTable() {
-    static const void* const table = [] {
-        ComObject<T> probe;
-        return InterfaceTableOf(static_cast<IBufferSegment*>(&probe));
-    }();
-    return table;
+    ComObject<T> probe;
+    return InterfaceTableOf(static_cast<IBufferSegment*>(&probe));
 }
+
+// Read once, when the library is loaded: the check runs for every search.
+const void* const kNarrowTable = BufferSegmentTable<BufferSegmentA>();
+const void* const kWideTable = BufferSegmentTable<BufferSegmentU>();
 
 }  // namespace
 
 IBufferSegment* AsLibraryBufferSegment(IUnknown* object) {
     const void* table = InterfaceTableOf(object);
-    const bool ours = table == BufferSegmentTable<BufferSegmentA>() || table == BufferSegmentTable<BufferSegmentU>();
+    const bool ours = table == kNarrowTable || table == kWideTable;
     // The table is that of IBufferSegment itself: the pointer is that interface.
     return ours ? static_cast<IBufferSegment*>(object) : nullptr;
 }
