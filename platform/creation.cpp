@@ -11,7 +11,6 @@
 
 #include <dlfcn.h>
 
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -63,11 +62,13 @@ public:
         return cache;
     }
 
-    const CLSID* ClassOf(std::u16string_view prog_id) const {
-        // Compared as bytes: one memcmp instead of a loop over the characters.
-        for (const auto& [name, clsid] : prog_ids_)
-            if (name.size() == prog_id.size() && std::memcmp(name.data(), prog_id.data(), name.size() * 2) == 0)
-                return &clsid;
+    // The ProgID is compared as it comes, zero-terminated: measuring it first would read it twice.
+    const CLSID* ClassOf(LPCOLESTR prog_id) const {
+        for (const auto& [name, clsid] : prog_ids_) {
+            size_t i = 0;
+            while (i < name.size() && name[i] == prog_id[i]) ++i;
+            if (i == name.size() && prog_id[i] == 0) return &clsid;
+        }
         return nullptr;
     }
     const Server* ServerOf(REFCLSID clsid) const {
