@@ -71,12 +71,12 @@ TEST_F(Find, CommandLines) {
     for (const Args& args : std::vector<Args>{{}, {"look"}, {"find"}, {"find", "--nope", "x"},
                                               {"find", "--color=sometimes", "x"}, {"find", "--lang", "cobol", "x"}}) {
         const ToolResult result = Run(args);
-        EXPECT_EQ(result.status, 2) << Command(args);
+        EXPECT_EQ(result.status, 2) << ::testing::PrintToString(args);
         EXPECT_NE(result.err.find("Try 'scrivix --help'"), std::string::npos) << result.err;
     }
     for (const Args& args : std::vector<Args>{{"--help"}, {"find", "--help"}, {"spans", "-h"}, {"replace", "--help"}}) {
         const ToolResult result = Run(args);
-        EXPECT_EQ(result.status, 0) << Command(args);
+        EXPECT_EQ(result.status, 0) << ::testing::PrintToString(args);
         EXPECT_EQ(result.out.rfind("usage: scrivix", 0), 0u) << result.out;
     }
 }

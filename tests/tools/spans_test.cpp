@@ -30,7 +30,7 @@ TEST_F(Spans, ReportedTexts) {
         if (!c.files.empty()) Tree(c.files);
         Args args{"spans", "--json"};
         args.insert(args.end(), c.args.begin(), c.args.end());
-        EXPECT_EQ(JsonValues(Run(args).out, "text"), c.texts) << Command(args);
+        EXPECT_EQ(JsonValues(Run(args).out, "text"), c.texts) << ::testing::PrintToString(args);
     }
 }
 

@@ -20,7 +20,7 @@ using Args = std::vector<std::string>;
 using Files = std::vector<std::pair<std::string, std::string>>;  // names and contents
 
 struct ToolResult {
-    int status = -1;
+    int status;
     std::string out, err;
 };
 
@@ -39,12 +39,6 @@ inline std::string Slurp(const std::filesystem::path& path) {
     std::stringstream content;
     content << std::ifstream(path, std::ios::binary).rdbuf();
     return content.str();
-}
-
-inline std::string Command(const Args& args) {
-    std::string command = "scrivix";
-    for (const std::string& arg : args) command += " " + arg;
-    return command;
 }
 
 // A word for the shell: in single quotes, with each quote in it written as '\''.
@@ -109,7 +103,7 @@ class ToolTest : public ::testing::Test {
 
     void Check(const std::vector<Row>& rows) const {
         for (const Row& row : rows) {
-            SCOPED_TRACE(Command(row.args));
+            SCOPED_TRACE(::testing::PrintToString(row.args));
             if (!row.files.empty()) Tree(row.files);
             const ToolResult result = Run(row.args);
             EXPECT_EQ(result.out, row.out);
