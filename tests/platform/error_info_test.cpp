@@ -1,6 +1,7 @@
 // Error records: the fields of a record, the hand-over of the current record of a thread, and that each
 // thread has its own, released when the thread ends.
-#include <scrivix/scrivix.h>
+#include "platform/bstr.h"
+#include "platform/com_ptr.h"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +12,17 @@
 
 namespace {
 
-const GUID kSomeInterface = {0x11223344, 0x5566, 0x7788, {0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF, 0x00}};
+using scrivix::Bstr;
+using scrivix::ComPtr;
 
-// Takes a string out of a getter and frees it.
-std::u16string Text(IErrorInfo* record, HRESULT (STDMETHODCALLTYPE IErrorInfo::*getter)(BSTR*)) {
-    BSTR text = nullptr;
-    EXPECT_EQ((record->*getter)(&text), S_OK);
-    EXPECT_NE(text, nullptr);
-    std::u16string result(text, SysStringLen(text));
-    SysFreeString(text);
-    return result;
+const GUID kSomeInterface = {0x11223344, 0x5566, 0x7788, {0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF, 0x00}};
+using TextGetter = HRESULT (STDMETHODCALLTYPE IErrorInfo::*)(BSTR*);
+
+std::u16string Text(IErrorInfo* record, TextGetter getter) {
+    Bstr text;
+    EXPECT_EQ((record->*getter)(text.Put()), S_OK);
+    EXPECT_FALSE(text.IsNull());
+    return std::u16string(text.View());
 }
 
 struct Fields {
@@ -40,82 +42,68 @@ Fields Read(IErrorInfo* record) {
     return fields;
 }
 
-// A record filled with `description` and handed out as IErrorInfo, holding one reference.
-IErrorInfo* NewRecord(const char16_t* description) {
-    ICreateErrorInfo* creator = nullptr;
-    EXPECT_EQ(CreateErrorInfo(&creator), S_OK);
+ComPtr<IErrorInfo> NewRecord(const char16_t* description) {
+    ComPtr<ICreateErrorInfo> creator;
+    EXPECT_EQ(CreateErrorInfo(creator.Put()), S_OK);
     creator->SetDescription(const_cast<LPOLESTR>(description));
-    IErrorInfo* record = nullptr;
-    creator->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&record));
-    creator->Release();
+    ComPtr<IErrorInfo> record;
+    creator->QueryInterface(IID_IErrorInfo, record.PutVoid());
     return record;
 }
 
 // Makes a new record with `description` the thread's current one.
-void SetCurrent(const char16_t* description) {
-    IErrorInfo* record = NewRecord(description);
-    EXPECT_EQ(SetErrorInfo(0, record), S_OK);
-    record->Release();
-}
+void SetCurrent(const char16_t* description) { EXPECT_EQ(SetErrorInfo(0, NewRecord(description).Get()), S_OK); }
 
 std::u16string TakeCurrentDescription() {
-    IErrorInfo* record = nullptr;
-    if (GetErrorInfo(0, &record) != S_OK) return u"(none)";
-    const std::u16string description = Text(record, &IErrorInfo::GetDescription);
-    record->Release();
-    return description;
+    ComPtr<IErrorInfo> record;
+    return GetErrorInfo(0, record.Put()) == S_OK ? Text(record.Get(), &IErrorInfo::GetDescription) : u"(none)";
 }
 
 // The fields.
 
 TEST(ErrorInfo, FieldsReadBackAsSetAndNullTextsCountAsEmpty) {
-    ICreateErrorInfo* creator = nullptr;
-    ASSERT_EQ(CreateErrorInfo(&creator), S_OK);
-    IErrorInfo* record = nullptr;
-    ASSERT_EQ(creator->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&record)), S_OK);
-    EXPECT_EQ(Read(record), (Fields{GUID_NULL, u"", u"", u"", 0}));
+    ComPtr<ICreateErrorInfo> creator;
+    ASSERT_EQ(CreateErrorInfo(creator.Put()), S_OK);
+    ComPtr<IErrorInfo> record;
+    ASSERT_EQ(creator->QueryInterface(IID_IErrorInfo, record.PutVoid()), S_OK);
+    EXPECT_EQ(Read(record.Get()), (Fields{GUID_NULL, u"", u"", u"", 0}));
     OLECHAR source[] = u"Scrivix.EditBufferA.1", description[] = u"Invalid Extent.", help_file[] = u"Scrivix.chm";
     EXPECT_EQ(creator->SetGUID(kSomeInterface), S_OK);
     EXPECT_EQ(creator->SetSource(source), S_OK);
     EXPECT_EQ(creator->SetDescription(description), S_OK);
     EXPECT_EQ(creator->SetHelpFile(help_file), S_OK);
     EXPECT_EQ(creator->SetHelpContext(0xFFFFFFFF), S_OK);
-    EXPECT_EQ(Read(record), (Fields{kSomeInterface, source, description, help_file, 0xFFFFFFFF}));
+    EXPECT_EQ(Read(record.Get()), (Fields{kSomeInterface, source, description, help_file, 0xFFFFFFFF}));
     EXPECT_EQ(creator->SetSource(nullptr), S_OK);
     EXPECT_EQ(creator->SetDescription(nullptr), S_OK);
-    EXPECT_EQ(Read(record), (Fields{kSomeInterface, u"", u"", help_file, 0xFFFFFFFF}));
+    EXPECT_EQ(Read(record.Get()), (Fields{kSomeInterface, u"", u"", help_file, 0xFFFFFFFF}));
 
-    BSTR first = nullptr, second = nullptr;  // each getter hands out a new string
-    record->GetHelpFile(&first);
-    record->GetHelpFile(&second);
-    EXPECT_NE(first, second);
-    SysFreeString(first);
-    SysFreeString(second);
+    Bstr first, second;  // each getter hands out a new string
+    record->GetHelpFile(first.Put());
+    record->GetHelpFile(second.Put());
+    EXPECT_NE(first.Get(), second.Get());
+    for (TextGetter getter : {&IErrorInfo::GetSource, &IErrorInfo::GetDescription, &IErrorInfo::GetHelpFile})
+        EXPECT_EQ((record.Get()->*getter)(nullptr), E_POINTER);
     EXPECT_EQ(record->GetGUID(nullptr), E_POINTER);
-    EXPECT_EQ(record->GetSource(nullptr), E_POINTER);
-    EXPECT_EQ(record->GetDescription(nullptr), E_POINTER);
-    EXPECT_EQ(record->GetHelpFile(nullptr), E_POINTER);
     EXPECT_EQ(record->GetHelpContext(nullptr), E_POINTER);
-    record->Release();
-    creator->Release();
     EXPECT_EQ(CreateErrorInfo(nullptr), E_INVALIDARG);
 }
 
 TEST(ErrorInfo, AnswersItsInterfacesWithOneIdentity) {
-    IErrorInfo* record = NewRecord(u"");
-    IUnknown *through_record = nullptr, *through_creator = nullptr;
-    ICreateErrorInfo* creator = nullptr;
-    ASSERT_EQ(record->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&through_record)), S_OK);
-    ASSERT_EQ(record->QueryInterface(IID_ICreateErrorInfo, reinterpret_cast<void**>(&creator)), S_OK);
-    ASSERT_EQ(creator->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&through_creator)), S_OK);
-    EXPECT_EQ(through_record, through_creator);
+    IErrorInfo* record = NewRecord(u"").Detach();
+    ComPtr<IUnknown> through_record, through_creator;
+    ComPtr<ICreateErrorInfo> creator;
+    ASSERT_EQ(record->QueryInterface(IID_IUnknown, through_record.PutVoid()), S_OK);
+    ASSERT_EQ(record->QueryInterface(IID_ICreateErrorInfo, creator.PutVoid()), S_OK);
+    ASSERT_EQ(creator->QueryInterface(IID_IUnknown, through_creator.PutVoid()), S_OK);
+    EXPECT_EQ(through_record.Get(), through_creator.Get());
     void* other = &other;
     EXPECT_EQ(record->QueryInterface(IID_IDispatch, &other), E_NOINTERFACE);
     EXPECT_EQ(other, nullptr);
     EXPECT_EQ(record->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
-    through_record->Release();
-    through_creator->Release();
-    creator->Release();
+    through_record.Reset();
+    through_creator.Reset();
+    creator.Reset();
     EXPECT_EQ(record->Release(), 0u);
 }
 
@@ -125,7 +113,7 @@ TEST(ErrorInfo, GetHandsTheRecordOverAndClearsIt) {
     IErrorInfo* record = nullptr;
     EXPECT_EQ(GetErrorInfo(0, &record), S_FALSE);
     EXPECT_EQ(record, nullptr);
-    IErrorInfo* set = NewRecord(u"first");
+    IErrorInfo* set = NewRecord(u"first").Detach();
     EXPECT_EQ(SetErrorInfo(0, set), S_OK);
     EXPECT_EQ(set->AddRef(), 3u);  // the caller's, the thread's and this one
     set->Release();
@@ -142,7 +130,7 @@ TEST(ErrorInfo, GetHandsTheRecordOverAndClearsIt) {
 }
 
 TEST(ErrorInfo, SetReplacesAndNullClears) {
-    IErrorInfo* first = NewRecord(u"first");
+    IErrorInfo* first = NewRecord(u"first").Detach();
     SetErrorInfo(0, first);
     EXPECT_EQ(first->Release(), 1u);
     SetCurrent(u"second");  // releases `first`, whose last reference was the thread's
@@ -184,25 +172,18 @@ TEST(ErrorInfo, ReleasingTheOldRecordMaySetANewOne) {
 
 // Threads.
 
-TEST(ErrorInfo, EachThreadHasItsOwnRecord) {
+TEST(ErrorInfo, EachThreadHasItsOwnRecordReleasedWhenItEnds) {
     SetCurrent(u"main");
+    RecordThatReportsOnRelease record;
     std::u16string seen_by_other;
     std::thread([&] {
         seen_by_other = TakeCurrentDescription();
-        SetCurrent(u"other");
-    }).join();
-    EXPECT_EQ(seen_by_other, u"(none)");
-    EXPECT_EQ(TakeCurrentDescription(), u"main");
-}
-
-TEST(ErrorInfo, ARecordLeftOnAThreadIsReleasedWhenItEnds) {
-    RecordThatReportsOnRelease record;
-    std::thread([&] {
         SetErrorInfo(0, &record);
         record.Release();
     }).join();
+    EXPECT_EQ(seen_by_other, u"(none)");
     EXPECT_TRUE(record.released);
-    EXPECT_EQ(TakeCurrentDescription(), u"(none)");
+    EXPECT_EQ(TakeCurrentDescription(), u"main");
 }
 
 TEST(ErrorInfo, ConcurrentThreadsKeepTheirOwnRecords) {

@@ -76,18 +76,21 @@ protected:
 TEST_F(Registrar, RegisteringWritesEveryKeyAndValue) {
     ASSERT_EQ(Run(kClassScript, true), S_OK);
     ASSERT_EQ(Run(kClassScript, true), S_OK) << "running a script again is harmless";
-    const std::u16string clsid = kClassKey;
-    EXPECT_EQ(ReadRegistryString(u"Scrivix.Thing.1"), u"Thing Class");
-    EXPECT_EQ(ReadRegistryString(u"Scrivix.Thing.1\\CLSID"), u"{11111111-2222-3333-4444-555555555555}");
-    EXPECT_EQ(ReadRegistryString(u"Scrivix.Thing\\CurVer"), u"Scrivix.Thing.1");
-    EXPECT_EQ(ReadRegistryString(clsid), u"Thing Class");
-    EXPECT_EQ(ReadRegistryString(clsid + u"\\ProgID"), u"Scrivix.Thing.1");
-    EXPECT_EQ(ReadRegistryString(clsid + u"\\VersionIndependentProgID"), u"Scrivix.Thing");
+    const std::u16string clsid = kClassKey, server = clsid + u"\\InprocServer32";
+    const std::tuple<std::u16string, const char16_t*, std::optional<std::u16string>> values[] = {
+        {u"Scrivix.Thing.1", u"", u"Thing Class"},
+        {u"Scrivix.Thing.1\\CLSID", u"", u"{11111111-2222-3333-4444-555555555555}"},
+        {u"Scrivix.Thing\\CurVer", u"", u"Scrivix.Thing.1"},
+        {clsid, u"", u"Thing Class"},
+        {clsid + u"\\ProgID", u"", u"Scrivix.Thing.1"},
+        {clsid + u"\\VersionIndependentProgID", u"", u"Scrivix.Thing"},
+        {clsid + u"\\Programmable", u"", std::nullopt},  // an empty key
+        {server, u"", u"/opt/it's/libscrivix.so"},
+        {server, u"ThreadingModel", u"Both"},
+        {clsid + u"\\ToolboxBitmap32", u"", u"/opt/it's/libscrivix.so, 112"},
+    };
+    for (const auto& [path, name, value] : values) EXPECT_EQ(ReadRegistryString(path, name), value);
     EXPECT_TRUE(Exists(clsid + u"\\Programmable"));
-    EXPECT_EQ(ReadRegistryString(clsid + u"\\Programmable"), std::nullopt);  // an empty key
-    EXPECT_EQ(ReadRegistryString(clsid + u"\\InprocServer32"), u"/opt/it's/libscrivix.so");
-    EXPECT_EQ(ReadRegistryString(clsid + u"\\InprocServer32", u"ThreadingModel"), u"Both");
-    EXPECT_EQ(ReadRegistryString(clsid + u"\\ToolboxBitmap32"), u"/opt/it's/libscrivix.so, 112");
 }
 
 TEST_F(Registrar, ForceRemoveClearsTheKeyBeforeWritingIt) {

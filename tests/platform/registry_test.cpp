@@ -16,6 +16,9 @@
 namespace scrivix::platform {
 namespace {
 
+using Bytes = std::vector<BYTE>;
+using Names = std::vector<std::u16string>;
+
 // Every test starts from an empty hive that is not persisted.
 class Registry : public ::testing::Test {
 protected:
@@ -48,14 +51,15 @@ protected:
     static LONG SetString(HKEY key, const char16_t* name, std::u16string_view text) {
         return Set(key, name, REG_SZ, text.data(), static_cast<DWORD>(text.size() * 2));
     }
-    static std::vector<BYTE> Bytes(HKEY key, const char16_t* name, DWORD* type = nullptr) {
+    // The type and bytes of a value.
+    static std::pair<DWORD, Bytes> Value(HKEY key, const char16_t* name) {
         BYTE data[64];
-        DWORD size = sizeof data;
-        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, type, data, &size), ERROR_SUCCESS);
-        return {data, data + size};
+        DWORD type = 0, size = sizeof data;
+        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, &type, data, &size), ERROR_SUCCESS);
+        return {type, Bytes(data, data + size)};
     }
-    static std::vector<std::u16string> Subkeys(HKEY key) {
-        std::vector<std::u16string> names;
+    static Names Subkeys(HKEY key) {
+        Names names;
         char16_t name[256];
         for (DWORD index = 0, length = 256;
              RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
@@ -80,7 +84,7 @@ TEST_F(Registry, CreateMakesThePathAndTellsWhetherTheKeyIsNew) {
     // Names match without regard to case and stay as written.
     Create(u"Caf\u00c9");
     EXPECT_TRUE(Exists(u"caf\u00e9"));
-    EXPECT_EQ(Subkeys(HKEY_CLASSES_ROOT), (std::vector<std::u16string>{u"A", u"Caf\u00c9"}));
+    EXPECT_EQ(Subkeys(HKEY_CLASSES_ROOT), (Names{u"A", u"Caf\u00c9"}));
 }
 
 TEST_F(Registry, OpenGivesANewHandleOrNull) {
@@ -100,23 +104,23 @@ TEST_F(Registry, OpenGivesANewHandleOrNull) {
 TEST_F(Registry, KeyNamesAndPathsAreChecked) {
     const std::u16string longest(kMaxKeyNameLength, u'n');
     const char16_t lone_surrogate[] = {u'a', 0xD800, 0}, pair[] = {u'a', 0xD83D, 0xDE00, 0};
+    std::u16string deepest = u"k";
+    for (size_t depth = 1; depth < kMaxKeyDepth; ++depth) deepest += u"\\k";
     const std::pair<std::u16string, LONG> cases[] = {
         {longest, ERROR_SUCCESS},          {longest + u"n", ERROR_INVALID_PARAMETER},
         {u"Trailing\\", ERROR_SUCCESS},    {u"\\Leading", ERROR_INVALID_PARAMETER},
         {u"Empty\\\\Name", ERROR_INVALID_PARAMETER}, {u"Tab\tInside", ERROR_INVALID_PARAMETER},
         {lone_surrogate, ERROR_INVALID_PARAMETER},   {pair, ERROR_SUCCESS},
+        {deepest, ERROR_SUCCESS},
     };
     for (const auto& [path, expected] : cases) {
         RegistryKey key;
-        EXPECT_EQ(Create(path, key), expected);
+        EXPECT_EQ(Create(path, key), expected) << path.size();
         EXPECT_EQ(bool(key), expected == ERROR_SUCCESS);
     }
     EXPECT_TRUE(Exists(u"Trailing"));
-
-    std::u16string deepest = u"k";
-    for (size_t depth = 1; depth < kMaxKeyDepth; ++depth) deepest += u"\\k";
-    RegistryKey key = Create(deepest), below;
-    EXPECT_EQ(Create(u"one-too-many", below, key.get()), ERROR_INVALID_PARAMETER);
+    RegistryKey below;
+    EXPECT_EQ(Create(u"one-too-many", below, Create(deepest).get()), ERROR_INVALID_PARAMETER);
 }
 
 // Values.
@@ -140,7 +144,7 @@ TEST_F(Registry, QueryOfAStringFollowsTheSizeProtocol) {
     // The default value has a null or empty name.
     EXPECT_EQ(RegQueryValueExW(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr), ERROR_FILE_NOT_FOUND);
     ASSERT_EQ(SetString(key.get(), u"", u"text"), ERROR_SUCCESS);
-    EXPECT_EQ(Bytes(key.get(), nullptr).size(), 10u);
+    EXPECT_EQ(Value(key.get(), nullptr).second.size(), 10u);
     EXPECT_EQ(ReadRegistryString(u"values"), u"text");
     EXPECT_EQ(ReadRegistryString(u"values", u"named"), std::nullopt);
     EXPECT_EQ(ReadRegistryString(u"missing"), std::nullopt);
@@ -150,19 +154,16 @@ TEST_F(Registry, StringsAreWholeUnitsWithOneTerminatorAndOtherTypesTheirBytes) {
     RegistryKey key = Create(u"Types");
     const DWORD number = 0x01020304;
     const BYTE blob[] = {0, 0xFF, 7};
-    ASSERT_EQ(Set(key.get(), u"t", REG_SZ, u"ab", 6), ERROR_SUCCESS);
-    ASSERT_EQ(Set(key.get(), u"odd", REG_SZ, u"ab", 3), ERROR_SUCCESS);
-    ASSERT_EQ(Set(key.get(), u"empty", REG_EXPAND_SZ, nullptr, 0), ERROR_SUCCESS);
-    ASSERT_EQ(Set(key.get(), u"n", REG_DWORD, &number, 4), ERROR_SUCCESS);
-    ASSERT_EQ(Set(key.get(), u"b", REG_BINARY, blob, 3), ERROR_SUCCESS);
-    const std::tuple<const char16_t*, DWORD, std::vector<BYTE>> stored[] = {
-        {u"t", REG_SZ, {'a', 0, 'b', 0, 0, 0}}, {u"odd", REG_SZ, {'a', 0, 0, 0}}, {u"empty", REG_EXPAND_SZ, {0, 0}},
-        {u"n", REG_DWORD, {4, 3, 2, 1}},         {u"b", REG_BINARY, {0, 0xFF, 7}},
+    const std::tuple<const char16_t*, DWORD, const void*, DWORD, Bytes> values[] = {
+        {u"t", REG_SZ, u"ab", 6, {'a', 0, 'b', 0, 0, 0}},
+        {u"odd", REG_SZ, u"ab", 3, {'a', 0, 0, 0}},
+        {u"empty", REG_EXPAND_SZ, nullptr, 0, {0, 0}},
+        {u"n", REG_DWORD, &number, 4, {4, 3, 2, 1}},
+        {u"b", REG_BINARY, blob, 3, {0, 0xFF, 7}},
     };
-    for (const auto& [name, type, bytes] : stored) {
-        DWORD stored_type = 0;
-        EXPECT_EQ(Bytes(key.get(), name, &stored_type), bytes);
-        EXPECT_EQ(stored_type, type);
+    for (const auto& [name, type, data, size, stored] : values) {
+        ASSERT_EQ(Set(key.get(), name, type, data, size), ERROR_SUCCESS);
+        EXPECT_EQ(Value(key.get(), name), std::make_pair(type, stored));
     }
     EXPECT_EQ(ReadRegistryString(u"Types", u"n"), std::nullopt);  // not a string
     // Bad arguments.
@@ -179,7 +180,7 @@ TEST_F(Registry, StringsAreWholeUnitsWithOneTerminatorAndOtherTypesTheirBytes) {
 TEST_F(Registry, EnumerationFollowsTheWin32Protocol) {
     RegistryKey parent = Create(u"Parent");
     for (const char16_t* name : {u"beta", u"Alpha", u"GAMMA"}) Create(name, parent.get());
-    EXPECT_EQ(Subkeys(parent.get()), (std::vector<std::u16string>{u"Alpha", u"beta", u"GAMMA"}));
+    EXPECT_EQ(Subkeys(parent.get()), (Names{u"Alpha", u"beta", u"GAMMA"}));
     char16_t name[8], class_name[4] = u"xyz";
     DWORD length = 5, class_length = 4;  // "Alpha" needs 6 with its terminator
     FILETIME time{1, 1};
@@ -248,13 +249,12 @@ TEST_F(Registry, HandlesOfDeletedKeysAndClosedHandlesFailSafely) {
 }
 
 TEST_F(Registry, ThreadsWorkOnTheHiveTogether) {
-    constexpr int kThreads = 4, kKeys = 200;
+    constexpr int kThreads = 4;
     std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
+    for (char16_t t = u'0'; t < u'0' + kThreads; ++t) {
         threads.emplace_back([t] {
-            for (int i = 0; i < kKeys; ++i) {
-                const std::u16string path = u"Shared\\T" + std::u16string{char16_t(u'0' + t), u'\\',
-                                                                          char16_t(u'A' + i % 26),
+            for (int i = 0; i < 200; ++i) {
+                const std::u16string path = u"Shared\\T" + std::u16string{t, u'\\', char16_t(u'A' + i % 26),
                                                                           char16_t(u'0' + i / 26)};
                 RegistryKey key = Create(path);
                 SetString(key.get(), nullptr, path);
@@ -300,8 +300,9 @@ TEST_F(RegistryFile, AHiveRoundTripsThroughItsFile) {
     const std::u16string text(awkward, std::size(awkward));
     const DWORD number = 42;
     const BYTE blob[] = {1, 2, 0xFF};
+    const std::u16string path = u"CLSID\\{Id}\\InprocServer32";
     {
-        RegistryKey key = Create(u"CLSID\\{Id}\\InprocServer32");
+        RegistryKey key = Create(path);
         SetString(key.get(), nullptr, u"/usr/lib/lib scrivix.so");
         SetString(key.get(), u"Awk\"ward", text);
         Set(key.get(), u"n", REG_DWORD, &number, 4);
@@ -316,17 +317,15 @@ TEST_F(RegistryFile, AHiveRoundTripsThroughItsFile) {
     ReloadRegistry();
     EXPECT_TRUE(RegistryLoadedFromFile());
     EXPECT_EQ(ReadRegistryString(u"clsid\\{id}\\inprocserver32"), u"/usr/lib/lib scrivix.so");
-    EXPECT_EQ(ReadRegistryString(u"CLSID\\{Id}\\InprocServer32", u"Awk\"ward"), text);
-    EXPECT_EQ(ReadRegistryString(u"CLSID\\{Id}\\InprocServer32", u"x"), u"%P%");
+    EXPECT_EQ(ReadRegistryString(path, u"Awk\"ward"), text);
+    EXPECT_EQ(ReadRegistryString(path, u"x"), u"%P%");
     EXPECT_EQ(ReadRegistryString(u""), u"root value");
     EXPECT_TRUE(Exists(u"Empty Key]"));
     RegistryKey key;
-    ASSERT_EQ(Open(u"CLSID\\{Id}\\InprocServer32", key), ERROR_SUCCESS);
-    DWORD type = 0;
-    EXPECT_EQ(Bytes(key.get(), u"n"), (std::vector<BYTE>{42, 0, 0, 0}));
-    EXPECT_EQ(Bytes(key.get(), u"b"), (std::vector<BYTE>{1, 2, 0xFF}));
-    EXPECT_EQ(Bytes(key.get(), u"none", &type), std::vector<BYTE>{});
-    EXPECT_EQ(type, REG_NONE);
+    ASSERT_EQ(Open(path, key), ERROR_SUCCESS);
+    EXPECT_EQ(Value(key.get(), u"n"), std::make_pair(DWORD(REG_DWORD), Bytes{42, 0, 0, 0}));
+    EXPECT_EQ(Value(key.get(), u"b"), std::make_pair(DWORD(REG_BINARY), Bytes{1, 2, 0xFF}));
+    EXPECT_EQ(Value(key.get(), u"none"), std::make_pair(DWORD(REG_NONE), Bytes{}));
 
     // Written again from the loaded hive, the file is the same, and no temporary file is left.
     SetString(HKEY_CLASSES_ROOT, nullptr, u"root value");
@@ -346,7 +345,7 @@ TEST_F(RegistryFile, AHandWrittenFileLoads) {
     EXPECT_TRUE(RegistryLoadedFromFile());
     EXPECT_EQ(ReadRegistryString(u"Scrivix.PatternA\\CLSID"), u"{P}");
     EXPECT_EQ(ReadRegistryString(u"Scrivix.PatternA\\CLSID", u"text"), u"caf\u00e9 \u20ac");
-    EXPECT_EQ(Bytes(Create(u"Scrivix.PatternA").get(), u"Flags"), (std::vector<BYTE>{0xFF, 0, 0, 0}));
+    EXPECT_EQ(Value(Create(u"Scrivix.PatternA").get(), u"Flags"), std::make_pair(DWORD(REG_DWORD), Bytes{0xFF, 0, 0, 0}));
 }
 
 TEST_F(RegistryFile, AFileThatCannotBeParsedIsReportedOnceAndIgnored) {

@@ -1,5 +1,8 @@
-// Variants: ownership (clear, copy, by-reference values) and the conversion rules of VariantChangeType,
-// mostly as a table written in a small notation: "I4:42" is a variant of type VT_I4 holding 42.
+// Variants: ownership (clear, copy, by-reference values, objects) and the conversion rules of
+// VariantChangeType, mostly as a table written in a small notation: "I4:42" is a variant of type VT_I4
+// holding 42, and text is UTF-8.
+#include "platform/code_page.h"
+
 #include <scrivix/scrivix.h>
 
 #include <gtest/gtest.h>
@@ -11,6 +14,9 @@
 #include <string>
 
 namespace {
+
+using scrivix::platform::Utf16ToUtf8;
+using scrivix::platform::Utf8ToUtf16;
 
 const std::map<std::string, VARTYPE> kTypeNames = {
     {"EMPTY", VT_EMPTY}, {"NULL", VT_NULL}, {"I1", VT_I1},     {"UI1", VT_UI1},   {"I2", VT_I2},
@@ -37,23 +43,21 @@ VARIANT Make(const std::string& notation) {
     case VT_UI8: v.ullVal = std::stoull(value); break;
     case VT_R4: v.fltVal = std::stof(value); break;
     case VT_R8: case VT_DATE: v.dblVal = std::stod(value); break;
-    case VT_BSTR: v.bstrVal = SysAllocString(std::u16string(value.begin(), value.end()).c_str()); break;
+    case VT_BSTR: v.bstrVal = SysAllocString(Utf8ToUtf16(value).c_str()); break;
     }
     return v;
 }
 
-std::string Shortest(double value) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
 // Writes a variant in the notation.
 std::string Show(const VARIANT& v) {
-    std::string name = "?";
+    const auto shortest = [](double value) {
+        char text[32];
+        return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+    };
+    std::string name = "vt " + std::to_string(v.vt);
     for (const auto& [type_name, type] : kTypeNames)
         if (type == v.vt) name = type_name;
     switch (v.vt) {
-    case VT_EMPTY: case VT_NULL: return name;
     case VT_I1: return name + ":" + std::to_string(static_cast<int8_t>(v.cVal));
     case VT_UI1: return name + ":" + std::to_string(v.bVal);
     case VT_I2: case VT_BOOL: return name + ":" + std::to_string(v.iVal);
@@ -62,33 +66,24 @@ std::string Show(const VARIANT& v) {
     case VT_UI4: case VT_UINT: return name + ":" + std::to_string(v.ulVal);
     case VT_I8: return name + ":" + std::to_string(v.llVal);
     case VT_UI8: return name + ":" + std::to_string(v.ullVal);
-    case VT_R4: return name + ":" + Shortest(v.fltVal);
-    case VT_R8: case VT_DATE: return name + ":" + Shortest(v.dblVal);
-    case VT_BSTR: return name + ":" + std::string(v.bstrVal, v.bstrVal + SysStringLen(v.bstrVal));
-    default: return "vt " + std::to_string(v.vt);
-    }
-}
-
-// The text of a failure status, in place of a result.
-std::string Failure(HRESULT status) {
-    switch (status) {
-    case DISP_E_OVERFLOW: return "overflow";
-    case DISP_E_TYPEMISMATCH: return "mismatch";
-    case DISP_E_BADVARTYPE: return "bad type";
-    case E_INVALIDARG: return "invalid argument";
-    default: return "status " + std::to_string(status);
+    case VT_R4: return name + ":" + shortest(v.fltVal);
+    case VT_R8: case VT_DATE: return name + ":" + shortest(v.dblVal);
+    case VT_BSTR: return name + ":" + Utf16ToUtf8({v.bstrVal, SysStringLen(v.bstrVal)});
+    default: return name;
     }
 }
 
 // Converts `from` into `to` and gives the result in the notation, or the failure; a failure must leave
 // `to` as it was, and no conversion may touch its source.
 std::string Change(VARIANT& to, VARIANT& from, VARTYPE type, USHORT flags = 0) {
+    static const std::map<HRESULT, std::string> failures = {{DISP_E_OVERFLOW, "overflow"},
+        {DISP_E_TYPEMISMATCH, "mismatch"}, {DISP_E_BADVARTYPE, "bad type"}, {E_INVALIDARG, "invalid argument"}};
     const std::string before = Show(to), source = Show(from);
     const HRESULT status = VariantChangeType(&to, &from, flags, type);
     if (&to != &from) { EXPECT_EQ(Show(from), source); }
     if (status == S_OK) return Show(to);
     EXPECT_EQ(Show(to), before);
-    return Failure(status);
+    return failures.count(status) ? failures.at(status) : "status " + std::to_string(status);
 }
 
 // A variant holding a reference to `target`.
@@ -108,105 +103,51 @@ struct Conversion {
 
 const Conversion kConversions[] = {
     // Integers between widths.
-    {"I4:42", VT_I2, "I2:42"},
-    {"I4:32768", VT_I2, "overflow"},
-    {"I4:-32769", VT_I2, "overflow"},
-    {"I4:255", VT_UI1, "UI1:255"},
-    {"I4:256", VT_UI1, "overflow"},
-    {"I2:-1", VT_UI1, "overflow"},
-    {"I4:-128", VT_I1, "I1:-128"},
-    {"I4:128", VT_I1, "overflow"},
-    {"I4:-5", VT_INT, "INT:-5"},
-    {"INT:-1", VT_UINT, "overflow"},
-    {"UI4:4294967295", VT_I4, "overflow"},
-    {"UI4:4294967295", VT_I8, "I8:4294967295"},
-    {"I8:-9223372036854775808", VT_UI8, "overflow"},
-    {"UI8:18446744073709551615", VT_I8, "overflow"},
-    {"UI8:18446744073709551615", VT_R8, "R8:18446744073709551616"},
+    {"I4:42", VT_I2, "I2:42"}, {"I4:32768", VT_I2, "overflow"}, {"I4:-32769", VT_I2, "overflow"},
+    {"I4:255", VT_UI1, "UI1:255"}, {"I4:256", VT_UI1, "overflow"}, {"I2:-1", VT_UI1, "overflow"},
+    {"I4:-128", VT_I1, "I1:-128"}, {"I4:128", VT_I1, "overflow"}, {"I4:-5", VT_INT, "INT:-5"},
+    {"INT:-1", VT_UINT, "overflow"}, {"UI4:4294967295", VT_I4, "overflow"},
+    {"UI4:4294967295", VT_I8, "I8:4294967295"}, {"I8:-9223372036854775808", VT_UI8, "overflow"},
+    {"UI8:18446744073709551615", VT_I8, "overflow"}, {"UI8:18446744073709551615", VT_R8, "R8:18446744073709551616"},
     // Floating values become integers rounding half to even.
-    {"R8:2.5", VT_I4, "I4:2"},
-    {"R8:3.5", VT_I4, "I4:4"},
-    {"R8:-2.5", VT_I4, "I4:-2"},
-    {"R4:1.5", VT_I2, "I2:2"},
-    {"R8:-0.5", VT_UI1, "UI1:0"},
-    {"R8:2147483647.4", VT_I4, "I4:2147483647"},
-    {"R8:2147483647.5", VT_I4, "overflow"},
-    {"R8:-2147483648.5", VT_I4, "I4:-2147483648"},
-    {"R8:1e19", VT_UI8, "UI8:10000000000000000000"},
-    {"R8:nan", VT_I4, "overflow"},
-    {"R8:0.25", VT_R4, "R4:0.25"},
-    {"R8:1e300", VT_R4, "overflow"},
+    {"R8:2.5", VT_I4, "I4:2"}, {"R8:3.5", VT_I4, "I4:4"}, {"R8:-2.5", VT_I4, "I4:-2"}, {"R4:1.5", VT_I2, "I2:2"},
+    {"R8:-0.5", VT_UI1, "UI1:0"}, {"R8:2147483647.4", VT_I4, "I4:2147483647"}, {"R8:2147483647.5", VT_I4, "overflow"},
+    {"R8:-2147483648.5", VT_I4, "I4:-2147483648"}, {"R8:1e19", VT_UI8, "UI8:10000000000000000000"},
+    {"R8:nan", VT_I4, "overflow"}, {"R8:0.25", VT_R4, "R4:0.25"}, {"R8:1e300", VT_R4, "overflow"},
     // Truth values are -1 and 0.
-    {"BOOL:-1", VT_I4, "I4:-1"},
-    {"BOOL:0", VT_I2, "I2:0"},
-    {"BOOL:-1", VT_R8, "R8:-1"},
-    {"BOOL:-1", VT_UI1, "overflow"},
-    {"I4:2", VT_BOOL, "BOOL:-1"},
-    {"R8:0.1", VT_BOOL, "BOOL:-1"},
-    {"BOOL:-1", VT_BSTR, "BSTR:-1"},
-    {"BOOL:0", VT_BSTR, "BSTR:0"},
-    {"BOOL:-1", VT_BSTR, "BSTR:True", VARIANT_ALPHABOOL},
-    {"BOOL:0", VT_BSTR, "BSTR:False", VARIANT_ALPHABOOL},
-    {"BSTR:True", VT_BOOL, "BOOL:-1"},
-    {"BSTR: false ", VT_BOOL, "BOOL:0"},
-    {"BSTR:0", VT_BOOL, "BOOL:0"},
-    {"BSTR:-3.5", VT_BOOL, "BOOL:-1"},
-    {"BSTR:yes", VT_BOOL, "mismatch"},
+    {"BOOL:-1", VT_I4, "I4:-1"}, {"BOOL:0", VT_I2, "I2:0"}, {"BOOL:-1", VT_R8, "R8:-1"},
+    {"BOOL:-1", VT_UI1, "overflow"}, {"I4:2", VT_BOOL, "BOOL:-1"}, {"R8:0.1", VT_BOOL, "BOOL:-1"},
+    {"BOOL:-1", VT_BSTR, "BSTR:-1"}, {"BOOL:0", VT_BSTR, "BSTR:0"},
+    {"BOOL:-1", VT_BSTR, "BSTR:True", VARIANT_ALPHABOOL}, {"BOOL:0", VT_BSTR, "BSTR:False", VARIANT_ALPHABOOL},
+    {"BSTR:True", VT_BOOL, "BOOL:-1"}, {"BSTR: false ", VT_BOOL, "BOOL:0"}, {"BSTR:0", VT_BOOL, "BOOL:0"},
+    {"BSTR:-3.5", VT_BOOL, "BOOL:-1"}, {"BSTR:yes", VT_BOOL, "mismatch"},
     // Numbers to text.
-    {"I4:-42", VT_BSTR, "BSTR:-42"},
-    {"UI8:18446744073709551615", VT_BSTR, "BSTR:18446744073709551615"},
-    {"R8:2.5", VT_BSTR, "BSTR:2.5"},
-    {"R8:0.1", VT_BSTR, "BSTR:0.1"},
+    {"I4:-42", VT_BSTR, "BSTR:-42"}, {"UI8:18446744073709551615", VT_BSTR, "BSTR:18446744073709551615"},
+    {"R8:2.5", VT_BSTR, "BSTR:2.5"}, {"R8:0.1", VT_BSTR, "BSTR:0.1"},
     {"R8:3.14159265358979323", VT_BSTR, "BSTR:3.14159265358979"},
-    {"R8:123456789012345", VT_BSTR, "BSTR:123456789012345"},
-    {"R8:1e15", VT_BSTR, "BSTR:1E+15"},
-    {"R8:1e-5", VT_BSTR, "BSTR:1E-05"},
-    {"R4:0.1", VT_BSTR, "BSTR:0.1"},
-    {"R4:3.14159265", VT_BSTR, "BSTR:3.141593"},
+    {"R8:123456789012345", VT_BSTR, "BSTR:123456789012345"}, {"R8:1e15", VT_BSTR, "BSTR:1E+15"},
+    {"R8:1e-5", VT_BSTR, "BSTR:1E-05"}, {"R4:0.1", VT_BSTR, "BSTR:0.1"}, {"R4:3.14159265", VT_BSTR, "BSTR:3.141593"},
     {"EMPTY", VT_BSTR, "BSTR:"},
     // Text to numbers.
-    {"BSTR:42", VT_I4, "I4:42"},
-    {"BSTR:  -42\t", VT_I4, "I4:-42"},
-    {"BSTR:+7", VT_UI1, "UI1:7"},
-    {"BSTR:12.5", VT_I4, "I4:12"},
-    {"BSTR:13.5", VT_I4, "I4:14"},
-    {"BSTR:1e3", VT_I2, "I2:1000"},
-    {"BSTR:2.5E-1", VT_R8, "R8:0.25"},
-    {"BSTR:.5", VT_R4, "R4:0.5"},
-    {"BSTR:-0", VT_UI4, "UI4:0"},
+    {"BSTR:42", VT_I4, "I4:42"}, {"BSTR:  -42\t", VT_I4, "I4:-42"}, {"BSTR:+7", VT_UI1, "UI1:7"},
+    {"BSTR:12.5", VT_I4, "I4:12"}, {"BSTR:13.5", VT_I4, "I4:14"}, {"BSTR:1e3", VT_I2, "I2:1000"},
+    {"BSTR:2.5E-1", VT_R8, "R8:0.25"}, {"BSTR:.5", VT_R4, "R4:0.5"}, {"BSTR:-0", VT_UI4, "UI4:0"},
     {"BSTR:9223372036854775807", VT_I8, "I8:9223372036854775807"},
-    {"BSTR:-9223372036854775808", VT_I8, "I8:-9223372036854775808"},
-    {"BSTR:9223372036854775808", VT_I8, "overflow"},
+    {"BSTR:-9223372036854775808", VT_I8, "I8:-9223372036854775808"}, {"BSTR:9223372036854775808", VT_I8, "overflow"},
     {"BSTR:18446744073709551615", VT_UI8, "UI8:18446744073709551615"},
-    {"BSTR:18446744073709551616", VT_UI8, "overflow"},
-    {"BSTR:99999999999999999999", VT_R8, "R8:1e+20"},
-    {"BSTR:1e400", VT_R8, "overflow"},
-    {"BSTR:-1", VT_UI4, "overflow"},
+    {"BSTR:18446744073709551616", VT_UI8, "overflow"}, {"BSTR:99999999999999999999", VT_R8, "R8:1e+20"},
+    {"BSTR:1e400", VT_R8, "overflow"}, {"BSTR:-1", VT_UI4, "overflow"},
     // Text that is no number.
-    {"BSTR:", VT_I4, "mismatch"},
-    {"BSTR:abc", VT_I4, "mismatch"},
-    {"BSTR:12abc", VT_I4, "mismatch"},
-    {"BSTR:1 2", VT_I4, "mismatch"},
-    {"BSTR:--1", VT_I4, "mismatch"},
-    {"BSTR:0x10", VT_I4, "mismatch"},
-    {"BSTR:1e", VT_R8, "mismatch"},
-    {"BSTR:inf", VT_R8, "mismatch"},
+    {"BSTR:", VT_I4, "mismatch"}, {"BSTR:abc", VT_I4, "mismatch"}, {"BSTR:12abc", VT_I4, "mismatch"},
+    {"BSTR:1 2", VT_I4, "mismatch"}, {"BSTR:--1", VT_I4, "mismatch"}, {"BSTR:0x10", VT_I4, "mismatch"},
+    {"BSTR:1e", VT_R8, "mismatch"}, {"BSTR:inf", VT_R8, "mismatch"}, {"BSTR:\uFF11", VT_I4, "mismatch"},
     // Empty, and types that do not convert.
-    {"EMPTY", VT_I4, "I4:0"},
-    {"EMPTY", VT_BOOL, "BOOL:0"},
-    {"I4:5", VT_EMPTY, "EMPTY"},
-    {"NULL", VT_NULL, "NULL"},
-    {"NULL", VT_I4, "mismatch"},
-    {"I4:1", VT_NULL, "mismatch"},
-    {"DATE:1", VT_BSTR, "mismatch"},
-    {"I4:1", VT_CY, "mismatch"},
-    {"I4:1", VT_UNKNOWN, "mismatch"},
+    {"EMPTY", VT_I4, "I4:0"}, {"EMPTY", VT_BOOL, "BOOL:0"}, {"I4:5", VT_EMPTY, "EMPTY"}, {"NULL", VT_NULL, "NULL"},
+    {"NULL", VT_I4, "mismatch"}, {"I4:1", VT_NULL, "mismatch"}, {"DATE:1", VT_BSTR, "mismatch"},
+    {"I4:1", VT_CY, "mismatch"}, {"I4:1", VT_UNKNOWN, "mismatch"},
     // Types that are no target.
-    {"I4:1", VT_VARIANT, "bad type"},
-    {"I4:1", VT_DECIMAL, "bad type"},
-    {"I4:1", 0x0FFF, "bad type"},
-    {"I4:1", VT_BYREF | VT_I4, "bad type"},
-    {"I4:1", VT_ARRAY | VT_I4, "bad type"},
+    {"I4:1", VT_VARIANT, "bad type"}, {"I4:1", VT_DECIMAL, "bad type"}, {"I4:1", 0x0FFF, "bad type"},
+    {"I4:1", VT_BYREF | VT_I4, "bad type"}, {"I4:1", VT_ARRAY | VT_I4, "bad type"},
 };
 
 TEST(Variant, ConversionTable) {
@@ -218,35 +159,23 @@ TEST(Variant, ConversionTable) {
     }
 }
 
-TEST(Variant, TextBeyondAsciiIsNoNumber) {
-    VARIANT from = Make("BSTR:"), to = Make("EMPTY");
-    SysFreeString(from.bstrVal);
-    from.bstrVal = SysAllocString(u"\uFF11");
-    EXPECT_EQ(Change(to, from, VT_I4), "mismatch");
-    VariantClear(&from);
-}
-
 // The destination.
 
-TEST(Variant, DestinationMayBeTheSource) {
+TEST(Variant, DestinationMayBeTheSourceOldOneIsFreedAndBadArgumentsRefused) {
     VARIANT v = Make("BSTR:123");
     EXPECT_EQ(Change(v, v, VT_I4), "I4:123");
     EXPECT_EQ(Change(v, v, VT_BSTR), "BSTR:123");
     EXPECT_EQ(Change(v, v, VT_BSTR), "BSTR:123");
+    VARIANT from = Make("I4:1");
+    EXPECT_EQ(Change(v, from, VT_BSTR), "BSTR:1");  // the old string is freed
     VariantClear(&v);
-}
-
-TEST(Variant, OldDestinationIsFreedAndBadArgumentsRefused) {
-    VARIANT from = Make("I4:1"), to = Make("BSTR:old");
-    EXPECT_EQ(Change(to, from, VT_BSTR), "BSTR:1");
-    VariantClear(&to);
-    to.vt = 0x0FFF;
-    EXPECT_EQ(Change(to, from, VT_I2), "bad type");
+    v.vt = 0x0FFF;
+    EXPECT_EQ(Change(v, from, VT_I2), "bad type");
     from.vt = 0x0FFF;
-    VariantInit(&to);
-    EXPECT_EQ(Change(to, from, VT_I2), "bad type");
-    EXPECT_EQ(VariantChangeType(nullptr, &to, 0, VT_I2), E_INVALIDARG);
-    EXPECT_EQ(VariantChangeType(&to, nullptr, 0, VT_I2), E_INVALIDARG);
+    VariantInit(&v);
+    EXPECT_EQ(Change(v, from, VT_I2), "bad type");
+    EXPECT_EQ(VariantChangeType(nullptr, &v, 0, VT_I2), E_INVALIDARG);
+    EXPECT_EQ(VariantChangeType(&v, nullptr, 0, VT_I2), E_INVALIDARG);
 }
 
 // Values held by reference.
@@ -293,7 +222,6 @@ TEST(Variant, CopyIsDeepForStringsAndShallowForReferences) {
     EXPECT_EQ(to.pbstrVal, &from.bstrVal);
     VariantClear(&to);
     VariantClear(&from);
-
     from.vt = 0x0FFF;
     EXPECT_EQ(VariantCopy(&to, &from), DISP_E_BADVARTYPE);
     EXPECT_EQ(VariantClear(&from), DISP_E_BADVARTYPE);
@@ -306,13 +234,10 @@ class CountedObject final : public IDispatch {
 public:
     explicit CountedObject(bool dispatchable) : dispatchable_(dispatchable) {}
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override {
-        if (riid == IID_IUnknown || (dispatchable_ && riid == IID_IDispatch)) {
-            *object = static_cast<IDispatch*>(this);
-            AddRef();
-            return S_OK;
-        }
-        *object = nullptr;
-        return E_NOINTERFACE;
+        const bool answers = riid == IID_IUnknown || (dispatchable_ && riid == IID_IDispatch);
+        *object = answers ? static_cast<IDispatch*>(this) : nullptr;
+        if (answers) AddRef();
+        return answers ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
     ULONG STDMETHODCALLTYPE Release() override { return --references; }
@@ -329,12 +254,10 @@ private:
 };
 
 TEST(Variant, ObjectsAreReferencedAndQueried) {
-    CountedObject object(true);
-    VARIANT from;
+    CountedObject object(true), plain(false);
+    VARIANT from = Make("EMPTY"), to = Make("EMPTY");
     from.vt = VT_UNKNOWN;
     from.punkVal = &object;
-    VARIANT to;
-    VariantInit(&to);
     EXPECT_EQ(VariantCopy(&to, &from), S_OK);
     EXPECT_EQ(object.references, 2u);
     EXPECT_EQ(VariantChangeType(&to, &from, 0, VT_DISPATCH), S_OK);
@@ -344,11 +267,10 @@ TEST(Variant, ObjectsAreReferencedAndQueried) {
     EXPECT_EQ(Change(to, to, VT_I4), "mismatch");
     EXPECT_EQ(VariantClear(&to), S_OK);
     EXPECT_EQ(object.references, 1u);
-
-    CountedObject plain(false);
     from.punkVal = &plain;
     EXPECT_EQ(VariantChangeType(&to, &from, 0, VT_DISPATCH), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(plain.references, 1u);
+    // Null objects convert to null objects, and empty to a null object.
     from.punkVal = nullptr;
     EXPECT_EQ(VariantChangeType(&to, &from, 0, VT_DISPATCH), S_OK);
     EXPECT_EQ(to.vt, VT_DISPATCH);
@@ -357,7 +279,6 @@ TEST(Variant, ObjectsAreReferencedAndQueried) {
     EXPECT_EQ(VariantChangeType(&to, &from, 0, VT_UNKNOWN), S_OK);
     EXPECT_EQ(to.vt, VT_UNKNOWN);
     EXPECT_EQ(to.punkVal, nullptr);
-
     // By reference: read through, referenced anew, and the reference itself never released.
     IUnknown* held = &object;
     from = Ref(VT_UNKNOWN, &held);

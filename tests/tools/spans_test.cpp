@@ -7,63 +7,41 @@ namespace {
 
 using Spans = ToolTest;
 
-// The "text" fields of a JSON stream, joined with "|".
-std::string Texts(const std::string& json) {
-    std::string texts;
-    for (size_t at = json.find("\"text\":\""); at != std::string::npos; at = json.find("\"text\":\"", at + 1)) {
-        const size_t from = at + 8;
-        if (!texts.empty()) texts += "|";
-        texts += json.substr(from, json.find("\",\"lines\"", from) - from);
-    }
-    return texts;
-}
-
-TEST_F(Spans, FlatAndNestedSpansWithEachPart) {
-    Write("n.txt", "((a)b)c (x)\n");
+TEST_F(Spans, ReportedTexts) {
     const struct {
-        std::vector<std::string> flags;
-        const char* expected;
+        Files files;
+        Args args;  // after "spans --json"
+        const char* texts;
     } cases[] = {
         // Without counting, a span closes at the first closing; spans inside spans are reported too.
-        {{}, "((a)|(a)|(x)"},
-        {{"--nested"}, "((a)b)|(a)|(x)"},
-        {{"--nested", "--what", "body"}, "(a)b|a|x"},
-        {{"--nested", "--what", "opening"}, "(|(|("},
-        {{"--nested", "--what=closing"}, ")|)|)"},
-        {{"--nested", "--what", "whole"}, "((a)b)|(a)|(x)"},
+        {{{"n.txt", "((a)b)c (x)\n"}}, {"(", ")", "n.txt"}, "((a)|(a)|(x)"},
+        {{}, {"--nested", "(", ")", "n.txt"}, "((a)b)|(a)|(x)"},
+        {{}, {"--nested", "--what", "body", "(", ")", "n.txt"}, "(a)b|a|x"},
+        {{}, {"--nested", "--what", "opening", "(", ")", "n.txt"}, "(|(|("},
+        {{}, {"--nested", "--what=closing", "(", ")", "n.txt"}, ")|)|)"},
+        {{}, {"--nested", "--what", "whole", "(", ")", "n.txt"}, "((a)b)|(a)|(x)"},
+        // Openings and closings as expressions.
+        {{{"t.html", "<b>bold</b> <i>it</i>\n"}}, {"-e", "<[a-z]>", "</[a-z]>", "t.html"}, "<b>bold</b>|<i>it</i>"},
+        // Openings in ignored spans are stepped over.
+        {{{"x.c", "f(a); /* (x) */ s = \"(y)\"; g(b);\n"}}, {"--lang", "c", "(", ")", "x.c"}, "(a)|(b)"},
+        {{}, {"--ignore-span", "\"", "\"", "(", ")", "x.c"}, "(a)|(x)|(b)"},
     };
     for (const auto& c : cases) {
-        std::vector<std::string> args{"spans", "--json"};
-        args.insert(args.end(), c.flags.begin(), c.flags.end());
-        args.insert(args.end(), {"(", ")", "n.txt"});
-        EXPECT_EQ(Texts(Run(args).out), c.expected);
+        if (!c.files.empty()) Tree(c.files);
+        Args args{"spans", "--json"};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        EXPECT_EQ(JsonValues(Run(args).out, "text"), c.texts) << ::testing::PrintToString(args);
     }
 }
 
-TEST_F(Spans, PrintsEveryLineASpanCovers) {
-    Write("f.c", "int f() {\n  return 1;\n}\n");
-    const ToolResult result = Run({"spans", "{", "}", "f.c"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, "f.c:1:9:int f() {\nf.c-2-  return 1;\nf.c-3-}\n");
-}
-
-TEST_F(Spans, OpeningAndClosingAsExpressions) {
-    Write("t.html", "<b>bold</b> <i>it</i>\n");
-    EXPECT_EQ(Texts(Run({"spans", "--json", "-e", "<[a-z]>", "</[a-z]>", "t.html"}).out), "<b>bold</b>|<i>it</i>");
-}
-
-TEST_F(Spans, StepOverOpeningsInIgnoredSpansAndPresets) {
-    Write("x.c", "f(a); /* (x) */ s = \"(y)\"; g(b);\n");
-    EXPECT_EQ(Texts(Run({"spans", "--json", "--lang", "c", "(", ")", "x.c"}).out), "(a)|(b)");
-    EXPECT_EQ(Texts(Run({"spans", "--json", "--ignore-span", "\"", "\"", "(", ")", "x.c"}).out), "(a)|(x)|(b)");
-}
-
-TEST_F(Spans, CountsAndExitStatus) {
-    Write("a.txt", "[1] [2]\n");
-    Write("b.txt", "none\n");
-    EXPECT_EQ(Run({"spans", "-c", "[", "]"}).out, "a.txt:2\n");
-    EXPECT_EQ(Run({"spans", "<", ">"}).status, 1);
-    EXPECT_EQ(Run({"spans", "<", ""}).status, 2);
+TEST_F(Spans, LinesCountsAndExitStatuses) {
+    Check({
+        // Every line a span covers is printed.
+        {{{"f.c", "int f() {\n  return 1;\n}\n"}}, {"spans", "{", "}", "f.c"}, "f.c:1:9:int f() {\nf.c-2-  return 1;\nf.c-3-}\n"},
+        {{{"a.txt", "[1] [2]\n"}, {"b.txt", "none\n"}}, {"spans", "-c", "[", "]"}, "a.txt:2\n"},
+        {{}, {"spans", "<", ">"}, "", 1},
+        {{}, {"spans", "<", ""}, "", 2, std::nullopt},
+    });
 }
 
 }  // namespace

@@ -1,31 +1,73 @@
-// Runs the scrivix tool as a child process in a temporary tree and captures what it writes.
+// Runs the scrivix tool as a child process in a temporary tree, as a user would, and checks what it writes
+// and the files it leaves.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
-extern char** environ;
-
 namespace scrivix_tool_test {
 
+using Args = std::vector<std::string>;
+using Files = std::vector<std::pair<std::string, std::string>>;  // names and contents
+
 struct ToolResult {
-    int status = -1;
-    std::string out;
-    std::string err;
+    int status;
+    std::string out, err;
 };
 
-// A fresh directory with files in it, removed at the end of the test; the tool runs inside it.
+// One run: the tree to write first (a row without files runs in the tree of the row before), the
+// arguments, what must come out, and files as they must be afterwards.
+struct Row {
+    Files files;
+    Args args;
+    std::string out;
+    int status = 0;
+    std::optional<std::string> err = "";  // std::nullopt: not checked
+    Files after = {};
+};
+
+inline std::string Slurp(const std::filesystem::path& path) {
+    std::stringstream content;
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    return content.str();
+}
+
+// A word for the shell: in single quotes, with each quote in it written as '\''.
+inline std::string Quoted(const std::string& text) {
+    std::string quoted = "'";
+    for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+// The values of the JSON fields `name` in a stream of objects (strings without escapes), joined with "|".
+inline std::string JsonValues(const std::string& json, const std::string& name) {
+    std::string values;
+    const std::string key = "\"" + name + "\":";
+    for (size_t at = json.find(key); at != std::string::npos; at = json.find(key, at + 1)) {
+        const bool text = json[at + key.size()] == '"';
+        const size_t from = at + key.size() + text, end = json.find_first_of(text ? "\"" : ",}", from);
+        values += (values.empty() ? "" : "|") + json.substr(from, end - from);
+    }
+    return values;
+}
+
+// Text as a file of UTF-16 units with the mark FF FE (ASCII text only).
+inline std::string Utf16File(const std::string& ascii) {
+    std::string bytes = "\xFF\xFE";
+    for (char c : ascii) bytes += {c, '\0'};
+    return bytes;
+}
+
+// A fresh directory, removed at the end of the test; the tool runs inside it.
 class ToolTest : public ::testing::Test {
    protected:
     void SetUp() override {
@@ -36,63 +78,42 @@ class ToolTest : public ::testing::Test {
     void TearDown() override { std::filesystem::remove_all(root_); }
 
     std::string Path(const std::string& name) const { return (root_ / name).string(); }
-
+    std::string Read(const std::string& name) const { return Slurp(root_ / name); }
     void Write(const std::string& name, const std::string& content) const {
         std::filesystem::create_directories((root_ / name).parent_path());
         std::ofstream(root_ / name, std::ios::binary) << content;
     }
-
-    std::string Read(const std::string& name) const {
-        std::ifstream file(root_ / name, std::ios::binary);
-        std::stringstream content;
-        content << file.rdbuf();
-        return content.str();
+    // Empties the tree and writes `files` into it.
+    void Tree(const Files& files) const {
+        for (const auto& entry : std::filesystem::directory_iterator(root_)) std::filesystem::remove_all(entry);
+        for (const auto& [name, content] : files) Write(name, content);
     }
 
-    // Runs scrivix with the arguments, standard output and error going to files, in the tree.
-    ToolResult Run(const std::vector<std::string>& args) const {
-        const std::string out_path = (root_.parent_path() / (root_.filename().string() + ".out")).string();
-        const std::string err_path = (root_.parent_path() / (root_.filename().string() + ".err")).string();
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addchdir_np(&actions, root_.c_str());
-        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        std::vector<char*> argv{const_cast<char*>(SCRIVIX_TOOL_PATH)};
-        for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-        argv.push_back(nullptr);
-        ToolResult result;
-        pid_t child = 0;
-        if (posix_spawn(&child, SCRIVIX_TOOL_PATH, &actions, nullptr, argv.data(), environ) == 0) {
-            int status = 0;
-            waitpid(child, &status, 0);
-            result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        }
-        posix_spawn_file_actions_destroy(&actions);
-        const auto slurp = [](const std::string& path) {
-            std::ifstream file(path, std::ios::binary);
-            std::stringstream content;
-            content << file.rdbuf();
-            std::filesystem::remove(path);
-            return content.str();
-        };
-        result.out = slurp(out_path);
-        result.err = slurp(err_path);
+    // Runs scrivix in the tree; its output goes to files beside the tree, which holds only what the test put.
+    ToolResult Run(const Args& args) const {
+        const std::string out = root_.string() + ".out", err = root_.string() + ".err";
+        std::string command = "cd " + Quoted(root_) + " && " + Quoted(SCRIVIX_TOOL_PATH);
+        for (const std::string& arg : args) command += " " + Quoted(arg);
+        const int status = std::system((command + " </dev/null >" + out + " 2>" + err).c_str());
+        const ToolResult result{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Slurp(out), Slurp(err)};
+        std::filesystem::remove(out);
+        std::filesystem::remove(err);
         return result;
+    }
+
+    void Check(const std::vector<Row>& rows) const {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(::testing::PrintToString(row.args));
+            if (!row.files.empty()) Tree(row.files);
+            const ToolResult result = Run(row.args);
+            EXPECT_EQ(result.out, row.out);
+            EXPECT_EQ(result.status, row.status);
+            if (row.err) { EXPECT_EQ(result.err, *row.err); }
+            for (const auto& [name, content] : row.after) EXPECT_EQ(Read(name), content) << name;
+        }
     }
 
     std::filesystem::path root_;
 };
-
-// Text as a file of UTF-16 units with the mark FF FE (ASCII text only).
-inline std::string Utf16File(const std::string& ascii) {
-    std::string bytes = "\xFF\xFE";
-    for (char c : ascii) {
-        bytes += c;
-        bytes += '\0';
-    }
-    return bytes;
-}
 
 }  // namespace scrivix_tool_test
