@@ -4,6 +4,7 @@
 #include "platform/com_ptr.h"
 #include "support/error_record.h"
 #include "support/test_support.h"
+#include "pattern_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -71,33 +72,30 @@ TEST_P(PatternTest, ANewPatternAndItsText) {
     EXPECT_EQ(text.View(), GetParam().pattern == &CLSID_PatternA ? u"\uFFE9A" : u"\u00E9\u0141");
 }
 
-// The search contract, with each option and the look-ahead passed on to the searches.
+// The search contract, with each option and the look-ahead passed on to the searches. Each expected
+// occurrence is marked in its text; a miss leaves Start and End as they were.
 TEST_P(PatternTest, Searches) {
     const struct {
         const char16_t* pattern;
         LONG options;
-        const char16_t* text;
-        LONG start, end;
-        SearchResult expected;
+        const char* text;
+        LONG end = -1;  // -1: the text's length
         bool reverse = false;
         LONG look_ahead = 2048;
     } rows[] = {
-        {u"abc", 0, u"xxabcxx", 0, 7, {true, 2, 5}},
-        {u"abc", 0, u"xxabcxx", 0, 3, {true, 2, 5}},   // an occurrence may run past the limit
-        {u"abc", 0, u"xxabcxx", 0, 2, {false, 0, 2}},  // a miss leaves Start and End
-        {u"abc", 0, u"xxabcxx", 0, 7, {false, 0, 7}, false, 2},
-        {u"abc", 0, u"abc", 0, 3, {false, 0, 3}, false, 0},  // look-ahead 0 finds nothing
-        {u"cat", poWholeWord, u"a cat sat", 0, 9, {true, 2, 5}},
-        {u"ABC", poIgnoreCase, u"xaBc", 0, 4, {true, 1, 4}},
-        {u"a b", poSkipSpaces, u"axb", 0, 3, {true, 0, 3}},
-        {u"ab", 0, u"ab-ab", 0, 5, {true, 3, 5}, true},
-        {u"ab", 0, u"ab-ab", 0, 4, {true, 0, 2}, true},
-        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 1, 4}},
-        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 3, 4}, true},
+        {u"abc", 0, "xx<abc>xx"}, {u"abc", 0, "xx<abc>xx", 3},  // an occurrence may run past the limit
+        {u"abc", 0, "xxabcxx", 2}, {u"abc", 0, "xxabcxx", -1, false, 2},
+        {u"abc", 0, "abc", -1, false, 0},  // look-ahead 0 finds nothing
+        {u"cat", poWholeWord, "a <cat> sat"}, {u"ABC", poIgnoreCase, "x<aBc>"}, {u"a b", poSkipSpaces, "<axb>"},
+        {u"ab", 0, "ab-<ab>", -1, true}, {u"ab", 0, "<ab>-ab", 4, true},
+        {u"a+", poRegExpression, "x<aaa>y"}, {u"a+", poRegExpression, "xaa<a>y", -1, true},
     };
     for (const auto& row : rows) {
         Put(row.pattern, row.options, row.look_ahead);
-        EXPECT_EQ(Search(Segment(row.text).Get(), row.start, row.end, row.reverse), row.expected) << "row " << (&row - rows);
+        const auto [text, found] = test::Unmark(row.text);
+        const LONG end = row.end < 0 ? LONG(text.size()) : row.end;
+        const SearchResult expected = found == test::kNone ? SearchResult{false, 0, end} : SearchResult{true, found.start, found.end};
+        EXPECT_EQ(Search(Segment(std::u16string(text.begin(), text.end())).Get(), 0, end, row.reverse), expected) << row.text;
     }
     ASSERT_EQ(pattern_->put_Text(Bstr(u"y").Get()), S_OK);
     EXPECT_EQ(Search(Segment(u"xaaay").Get(), 0, 5), (SearchResult{true, 1, 4})) << "the program stays until Options is put";

@@ -26,6 +26,21 @@ struct Span {
 };
 inline constexpr Span kNone{-1, -1};
 
+// A text written with its expected occurrence between '<' and '>' (no marks: nothing found).
+struct Marked {
+    std::string text;
+    Span found = kNone;
+};
+inline Marked Unmark(std::string_view marked) {
+    Marked out;
+    for (const char c : marked) {
+        if (c == '<') out.found.start = long(out.text.size());
+        else if (c == '>') out.found.end = long(out.text.size());
+        else out.text += c;
+    }
+    return out;
+}
+
 // Searches [from, to) of the text forwards, or backwards from `to` down to `from`.
 template <typename T, CandidateScan kScan = CandidateScan::jump>
 Span Find(DPatternTemplate<T>& program, const std::basic_string<T>& text, bool forward, long from, long to) {

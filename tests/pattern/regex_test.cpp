@@ -90,8 +90,8 @@ TEST(RegexCompiler, Units) {
         {"\\x263", {0x63}, {0x0263}}, {"\\12a", {0x0A, 'a'}}, {"\\777", {0xFF}, {0x01FF}}, {"\\8", {'8'}},
         {"\\^J\\^a\\^[", {0x0A, 0x01, 0x1B}}, {"\\^ ", {0xE0}, {0xFFE0}},
         {"\\^", {0xC0}, {0xFFC0}},  // the character after "^" is the end of the text, read as 0
-        {"\\b\\E\\f\\N\\r\\S\\t", {8, 27, 12, 10, 13, 32, 9}}, {"\\q\\Q\\*", {'q', 'Q', '*'}},
-        {"a\\", {'a', '\\'}}, {"\\\x01", {0x01}},
+        {"\\b\\E\\f\\N\\r\\S\\t", {8, 27, 12, 10, 13, 32, 9}}, {"\\q\\Q\\*", {'q', 'Q', '*'}}, {"a\\", {'a', '\\'}},
+        {"\\\x01", {0x01}},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(Units<char>(c.pattern), c.narrow) << c.pattern;
@@ -126,14 +126,14 @@ TEST(RegexCompiler, Errors) {
     EXPECT_EQ(Find(narrow, std::string("aaa"), true, 0, 3), kNone);
 }
 
-// The matcher. Searched forwards over the whole text unless a range is given: forwards the occurrence must
-// begin in [from, to); backwards it is searched for down from `to` to `from`.
+// The matcher. Each expected occurrence is marked in its text. Searched forwards over the whole text unless
+// a range is given: forwards the occurrence must begin in [from, to); backwards it is searched for down
+// from `to` to `from`.
 
 enum Widths { kBoth = 3, k8 = 1, k16 = 2 };
 enum Direction { kForward, kBackward };
 struct FindCase {
     std::string_view pattern, text;
-    Span found;
     Widths widths = kBoth;
     Direction direction = kForward;
     long from = 0, to = -1;  // -1: the text's length
@@ -141,65 +141,63 @@ struct FindCase {
 
 const FindCase kFinds[] = {
     // Items.
-    {"b.d", "abcd", {1, 4}}, {".", "\n", kNone}, {".", "\r", {0, 1}}, {"a.b", "a\rb", {0, 3}},
-    {"a[0-9]+z", "a12z", {0, 4}}, {"a[0-9]+z", "az", kNone}, {"a+", "xaaay", {1, 4}}, {"a\nb", "xa\nb", {1, 4}},
-    {"\\x", "a\0"sv, {1, 2}},
+    {"b.d", "a<bcd>"}, {".", "\n"}, {".", "<\r>"}, {"a.b", "<a\rb>"}, {"a[0-9]+z", "<a12z>"}, {"a[0-9]+z", "az"},
+    {"a+", "x<aaa>y"}, {"a\nb", "x<a\nb>"}, {"\\x", "a<\0>"sv},
     // Anchors.
-    {"^b", "a\nb", {2, 3}}, {"^b", "ab", kNone}, {"^", "x", {0, 0}},
-    {"^b", "a\rb", kNone},       // a lone carriage return starts no line
-    {"^$", "ab\n\ncd", {2, 2}},  // before every line feed: the end of each line, not only empty lines
-    {"~b", "b", {0, 1}}, {"~b", "a\nb", {1, 3}}, {"~b", "a\r\nb", {1, 4}}, {"~b", "a\n\rb", {1, 4}}, {"~b", "a\n\nb", {2, 4}},
-    {"~b", "\r\nb", {1, 3}},  // at the buffer start "~" takes nothing, so the pair is not taken there
-    {"c$", "abc\n", {2, 3}}, {"c$", "abc", {2, 3}}, {"c$", "abcd", kNone}, {"c$", "abc\0d"sv, {2, 3}},
-    {"$", "ab", kNone},  // the end of the buffer is no candidate
-    {"$", "a\r", {1, 1}}, {"a$\nb", "a\nb", {0, 3}},
+    {"^b", "a\n<b>"}, {"^b", "ab"}, {"^", "<>x"},
+    {"^b", "a\rb"},       // a lone carriage return starts no line
+    {"^$", "ab<>\n\ncd"},  // before every line feed: the end of each line, not only empty lines
+    {"~b", "<b>"}, {"~b", "a<\nb>"}, {"~b", "a<\r\nb>"}, {"~b", "a<\n\rb>"}, {"~b", "a\n<\nb>"},
+    {"~b", "\r<\nb>"},  // at the buffer start "~" takes nothing, so the pair is not taken there
+    {"c$", "ab<c>\n"}, {"c$", "ab<c>"}, {"c$", "abcd"}, {"c$", "ab<c>\0d"sv},
+    {"$", "ab"},  // the end of the buffer is no candidate
+    {"$", "a<>\r"}, {"a$\nb", "<a\nb>"},
     // Line ends: "#" takes a line break of one or two characters; 0 ends a line and is not taken.
-    {"c#", "abc\r\nd", {2, 5}}, {"c#", "abc\n\rd", {2, 5}}, {"c#", "abc\n\nd", {2, 4}}, {"c#", "abc\rd", {2, 4}},
-    {"c#", "abc", {2, 3}}, {"c#", "abc\0\n"sv, {2, 3}}, {"#", "ab\r\n", {2, 4}}, {"#", "\n", {0, 1}}, {"c#", "abc\r", {2, 4}},
+    {"c#", "ab<c\r\n>d"}, {"c#", "ab<c\n\r>d"}, {"c#", "ab<c\n>\nd"}, {"c#", "ab<c\r>d"}, {"c#", "ab<c>"},
+    {"c#", "ab<c>\0\n"sv}, {"#", "ab<\r\n>"}, {"#", "<\n>"}, {"c#", "ab<c\r>"},
     // Closures give back.
-    {"a*a", "a", {0, 1}}, {"a+a", "aa", {0, 2}}, {"a+a", "a", kNone}, {"a*ab", "aab", {0, 3}}, {".*b", "abab", {0, 4}},
-    {".*b", "abab\nb", {0, 4}}, {"[ab]*b", "abba", {0, 3}}, {".+.", "ab", {0, 2}}, {"a+a+", "aaa", {0, 3}},
-    {"x*", "abc", {0, 0}}, {"b*", "abc", {0, 0}}, {"ab+", "abbbc", {0, 4}}, {"a+b", "aac", kNone},
+    {"a*a", "<a>"}, {"a+a", "<aa>"}, {"a+a", "a"}, {"a*ab", "<aab>"}, {".*b", "<abab>"}, {".*b", "<abab>\nb"},
+    {"[ab]*b", "<abb>a"}, {".+.", "<ab>"}, {"a+a+", "<aaa>"}, {"x*", "<>abc"}, {"b*", "<>abc"}, {"ab+", "<abbb>c"},
+    {"a+b", "aac"},
     // A rest at the end of the buffer.
-    {"a*b*", "aaa", {0, 2}},  // "b*" could match empty at the end, but a rest there fails
-    {"a*a*", "aaa", {0, 3}},  // ...while the last closure takes all it can
-    {"a*$", "aaa", {0, 3}}, {"a*#", "aaa", {0, 3}}, {"a*#", "aa\r\n", {0, 4}}, {"a*$\nb", "aa\nb", {0, 4}},
-    {"a*$\nb", "aaa", kNone},  // the rest is accepted at the end, then fails: no further give-back
-    {"a*.", "aaa", {0, 3}}, {"x*$", "ab", kNone},
+    {"a*b*", "<aa>a"},  // "b*" could match empty at the end, but a rest there fails
+    {"a*a*", "<aaa>"},  // ...while the last closure takes all it can
+    {"a*$", "<aaa>"}, {"a*#", "<aaa>"}, {"a*#", "<aa\r\n>"}, {"a*$\nb", "<aa\nb>"},
+    {"a*$\nb", "aaa"},  // the rest is accepted at the end, then fails: no further give-back
+    {"a*.", "<aaa>"}, {"x*$", "ab"},
     // An optional item never comes back.
-    {"a?a", "aa", {0, 2}}, {"a?a", "a", kNone}, {"a?b", "b", {0, 1}}, {"a?b", "ab", {0, 2}}, {"a?a?a", "aa", kNone},
-    {"x?", "abc", {0, 0}}, {"[ab]?c", "bc", {0, 2}},
+    {"a?a", "<aa>"}, {"a?a", "a"}, {"a?b", "<b>"}, {"a?b", "<ab>"}, {"a?a?a", "aa"}, {"x?", "<>abc"},
+    {"[ab]?c", "<bc>"},
     // Classes, which look a character up by its low 7 (8-bit) or 15 (16-bit) bits.
-    {"[abc]+", "xcabz", {1, 4}}, {"[^abc]", "abcd", {3, 4}}, {"[^a]", "ab", {1, 2}}, {"[^a]", "a", kNone},
-    {"[a-c]*", "abcd", {0, 3}}, {"[z-a]", "a", kNone}, {"[z-a]", "z", {0, 1}}, {"[-a]+", "x-a-", {1, 4}},
-    {"[]", "abc", kNone}, {"[^]", "\n", {0, 1}}, {"[\\]]", "a]", {1, 2}}, {"[\\n]", "a\n", {1, 2}},
-    {"[a]", "\xE1", {0, 1}, k8}, {"[^a]", "\xE1", kNone, k8}, {"[a]", "\xE1", kNone, k16},
+    {"[abc]+", "x<cab>z"}, {"[^abc]", "abc<d>"}, {"[^a]", "a<b>"}, {"[^a]", "a"}, {"[a-c]*", "<abc>d"}, {"[z-a]", "a"},
+    {"[z-a]", "<z>"}, {"[-a]+", "x<-a->"}, {"[]", "abc"}, {"[^]", "<\n>"}, {"[\\]]", "a<]>"}, {"[\\n]", "a<\n>"},
+    {"[a]", "<\xE1>", k8}, {"[^a]", "\xE1", k8}, {"[a]", "\xE1", k16},
     // The format has no escape: a literal equal to an operation code is that operation.
-    {"\\xAE", "\nx", {1, 2}, k8},          // opAnyChar
-    {"\\xAAz", "zzc", {0, 2}, k8},         // opStar over "z"
-    {"\\xAA", "\0\0x"sv, {0, 2}, k8},      // opStar over the terminating 0
-    {"\\xDB", "\0a"sv, kNone, k8},         // opClass whose bitmap the program does not hold: all zero
-    {"\\xAA\\xA4", "\n", {0, 0}, k8},      // opStar over opLineEnd stops at once
-    {"\\xAA\\xA4x", "x", {0, 1}, k8},
-    {"\\xAB\\xA4x", "\nx", kNone, k8},     // opPlus over opLineEnd, then "x"
-    {"a*\\x", "aaa", {0, 3}, k8},          // a 0 unit after a closure ends the run
-    {"a\\x", "a\0"sv, {0, 2}, k8},         // ...elsewhere it is the character 0
-    {"\\xAE", "\nx", kNone, k16}, {"\\xAAz", "\xAA" "zz", {0, 2}, k16},
+    {"\\xAE", "\n<x>", k8},          // opAnyChar
+    {"\\xAAz", "<zz>c", k8},         // opStar over "z"
+    {"\\xAA", "<\0\0>x"sv, k8},      // opStar over the terminating 0
+    {"\\xDB", "\0a"sv, k8},         // opClass whose bitmap the program does not hold: all zero
+    {"\\xAA\\xA4", "<>\n", k8},      // opStar over opLineEnd stops at once
+    {"\\xAA\\xA4x", "<x>", k8},
+    {"\\xAB\\xA4x", "\nx", k8},     // opPlus over opLineEnd, then "x"
+    {"a*\\x", "<aaa>", k8},          // a 0 unit after a closure ends the run
+    {"a\\x", "<a\0>"sv, k8},         // ...elsewhere it is the character 0
+    {"\\xAE", "\nx", k16}, {"\\xAAz", "<\xAAz>z", k16},
     // Search ranges.
-    {"a+", "xaaay", {2, 4}, kBoth, kForward, 2, 5}, {"a+", "xaaay", kNone, kBoth, kForward, 0, 1},
-    {"a+", "xaaay", {1, 4}, kBoth, kForward, 0, 2},  // the match runs past the limit
-    {"a+", "xaaay", kNone, kBoth, kForward, 4, 4}, {"a+", "xaaay", {3, 4}, kBoth, kBackward, 0, 5},
-    {"a+", "xaaay", {1, 4}, kBoth, kBackward, 0, 2}, {"a+", "xaaay", kNone, kBoth, kBackward, 4, 5},
-    {"ab", "ab-ab", {3, 5}, kBoth, kBackward, 0, 5}, {"ab", "ab-ab", {0, 2}, kBoth, kBackward, 0, 3},
-    {"ab", "ab-ab", {3, 5}, kBoth, kBackward, 0, 4},  // a candidate below the end may match past it
-    {"ab", "ab-ab", kNone, kBoth, kBackward, 1, 3}, {"^", "a\nb", {2, 2}, kBoth, kBackward, 0, 3},
+    {"a+", "xa<aa>y", kBoth, kForward, 2, 5}, {"a+", "xaaay", kBoth, kForward, 0, 1},
+    {"a+", "x<aaa>y", kBoth, kForward, 0, 2},  // the match runs past the limit
+    {"a+", "xaaay", kBoth, kForward, 4, 4}, {"a+", "xaa<a>y", kBoth, kBackward, 0, 5},
+    {"a+", "x<aaa>y", kBoth, kBackward, 0, 2}, {"a+", "xaaay", kBoth, kBackward, 4, 5},
+    {"ab", "ab-<ab>", kBoth, kBackward, 0, 5}, {"ab", "<ab>-ab", kBoth, kBackward, 0, 3},
+    {"ab", "ab-<ab>", kBoth, kBackward, 0, 4},  // a candidate below the end may match past it
+    {"ab", "ab-ab", kBoth, kBackward, 1, 3}, {"^", "a\n<>b", kBoth, kBackward, 0, 3},
 };
 
 template <typename T>
 void ExpectFinds(const FindCase& c) {
-    const std::basic_string<T> text = Widen<T>(c.text);
-    EXPECT_EQ(Find(*Compiled<T>(c.pattern), text, c.direction == kForward, c.from, c.to < 0 ? long(text.size()) : c.to),
-              c.found)
+    const auto [text, expected] = Unmark(c.text);
+    const long to = c.to < 0 ? long(text.size()) : c.to;
+    EXPECT_EQ(Find(*Compiled<T>(c.pattern), Widen<T>(text), c.direction == kForward, c.from, to), expected)
         << (sizeof(T) * 8) << "-bit '" << c.pattern << "' on '" << c.text << "' from " << c.from;
 }
 
