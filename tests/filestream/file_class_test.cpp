@@ -45,8 +45,9 @@ protected:
                                          std::pair(u"CLSID\\" + kClientClsid + u"\\InprocServer32",
                                                    std::u16string(path.begin(), path.end()))}) {
             HKEY handle = nullptr;
-            ASSERT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &handle, nullptr),
-                      ERROR_SUCCESS);
+            ASSERT_EQ(
+                RegCreateKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &handle, nullptr),
+                ERROR_SUCCESS);
             RegSetValueExW(handle, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
                            static_cast<DWORD>((value.size() + 1) * sizeof(char16_t)));
             RegCloseKey(handle);
@@ -93,7 +94,8 @@ TYPED_TEST(ClientFileClass, StandsInFileClassWithTheModesCombined) {
     const Bstr name(u"notes");
     for (const std::u16string& file_class : {kClientProgId, kClientClsid}) {
         ULONG actual = 0;
-        ASSERT_EQ(this->ClientBuffer(file_class, text)->WriteFile(0, LONG(text.size()), name.Get(), file_out, &actual), S_OK);
+        ComPtr<IEditBuffer> source = this->ClientBuffer(file_class, text);
+        ASSERT_EQ(source->WriteFile(0, LONG(text.size()), name.Get(), file_out, &actual), S_OK);
         EXPECT_EQ(std::pair(this->LastMode(), actual), std::pair(SHORT{file_out}, bytes));
 
         ComPtr<IEditBuffer> copy = this->ClientBuffer(file_class);

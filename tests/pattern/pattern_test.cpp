@@ -94,11 +94,14 @@ TEST_P(PatternTest, Searches) {
         Put(row.pattern, row.options, row.look_ahead);
         const auto [text, found] = test::Unmark(row.text);
         const LONG end = row.end < 0 ? LONG(text.size()) : row.end;
-        const SearchResult expected = found == test::kNone ? SearchResult{false, 0, end} : SearchResult{true, found.start, found.end};
-        EXPECT_EQ(Search(Segment(std::u16string(text.begin(), text.end())).Get(), 0, end, row.reverse), expected) << row.text;
+        const SearchResult expected{found != test::kNone, found == test::kNone ? 0 : found.start,
+                                    found == test::kNone ? end : found.end};
+        const auto segment = Segment(std::u16string(text.begin(), text.end()));
+        EXPECT_EQ(Search(segment.Get(), 0, end, row.reverse), expected) << row.text;
     }
     ASSERT_EQ(pattern_->put_Text(Bstr(u"y").Get()), S_OK);
-    EXPECT_EQ(Search(Segment(u"xaaay").Get(), 0, 5), (SearchResult{true, 1, 4})) << "the program stays until Options is put";
+    EXPECT_EQ(Search(Segment(u"xaaay").Get(), 0, 5), (SearchResult{true, 1, 4}))
+        << "the program stays until Options is put";
 }
 
 TEST_P(PatternTest, CompileFailuresReportTheirMessage) {

@@ -22,7 +22,9 @@ std::basic_string<T> Widen(std::string_view bytes) {
 struct Span {
     long start, end;
     bool operator==(const Span&) const = default;
-    friend std::ostream& operator<<(std::ostream& out, const Span& s) { return out << '[' << s.start << ", " << s.end << ')'; }
+    friend std::ostream& operator<<(std::ostream& out, const Span& s) {
+        return out << '[' << s.start << ", " << s.end << ')';
+    }
 };
 inline constexpr Span kNone{-1, -1};
 
