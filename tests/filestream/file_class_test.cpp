@@ -1,5 +1,5 @@
-// Who makes the file objects: the library's two file classes by name, and a client's own file class,
-// from a module of its own, standing in a buffer's FileClass by ProgID or by class id.
+// Who makes the file objects: the library's two file classes by name, and a client's own file class, from
+// a module of its own, standing in a buffer's FileClass by ProgID or by class id.
 #include "frame/class_name.h"
 #include "platform/registry.h"
 #include "support/buffer_widths.h"
@@ -14,13 +14,10 @@
 namespace scrivix {
 namespace {
 
-// The library's classes.
-
-TEST(FileClasses, MadeByClassNameAndAggregatable) {
+TEST(FileClasses, MadeByClassNameAndNotAggregatable) {
     for (const char16_t* name : {u"Scrivix.FileStreamA", u"Scrivix.FileStreamU.1"}) {
         ComPtr<IFile> file;
-        Bstr class_name(name);
-        EXPECT_EQ(CreateFromClassName(class_name.Get(), file), S_OK);
+        EXPECT_EQ(CreateFromClassName(Bstr(name).Get(), file), S_OK);
         EXPECT_TRUE(file);
     }
     struct Outer : IUnknown {
@@ -34,42 +31,40 @@ TEST(FileClasses, MadeByClassNameAndAggregatable) {
               CLASS_E_NOAGGREGATION);
 }
 
-// A client's file class.
+// A client's file class, registered for the suite under a ProgID and a class id.
 
-constexpr char16_t kClientClsid[] = u"{7B3F6A10-2C4D-4E8F-9A1B-5C6D7E8F9020}";
-constexpr char16_t kClientProgId[] = u"Scrivix.Test.MemoryFile";
-
-void WriteKey(const std::u16string& key, const std::u16string& value) {
-    HKEY handle = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &handle, nullptr),
-              ERROR_SUCCESS);
-    RegSetValueExW(handle, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                   static_cast<DWORD>((value.size() + 1) * sizeof(char16_t)));
-    RegCloseKey(handle);
-}
+const std::u16string kClientClsid = u"{7B3F6A10-2C4D-4E8F-9A1B-5C6D7E8F9020}";
+const std::u16string kClientProgId = u"Scrivix.Test.MemoryFile";
 
 template <class Width>
 class ClientFileClass : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         const std::string path = SCRIVIX_CLIENT_FILE_PATH;
-        WriteKey(std::u16string(kClientProgId) + u"\\CLSID", kClientClsid);
-        WriteKey(u"CLSID\\" + std::u16string(kClientClsid) + u"\\InprocServer32",
-                 std::u16string(path.begin(), path.end()));
+        for (const auto& [key, value] : {std::pair(kClientProgId + u"\\CLSID", kClientClsid),
+                                         std::pair(u"CLSID\\" + kClientClsid + u"\\InprocServer32",
+                                                   std::u16string(path.begin(), path.end()))}) {
+            HKEY handle = nullptr;
+            ASSERT_EQ(
+                RegCreateKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &handle, nullptr),
+                ERROR_SUCCESS);
+            RegSetValueExW(handle, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                           static_cast<DWORD>((value.size() + 1) * sizeof(char16_t)));
+            RegCloseKey(handle);
+        }
     }
     static void TearDownTestSuite() {
         platform::DeleteRegistryTree(HKEY_CLASSES_ROOT, kClientProgId);
-        platform::DeleteRegistryTree(HKEY_CLASSES_ROOT, u"CLSID\\" + std::u16string(kClientClsid));
+        platform::DeleteRegistryTree(HKEY_CLASSES_ROOT, u"CLSID\\" + kClientClsid);
     }
     void TearDown() override {
-        const auto live = ClientExport<long (*)()>("ClientFileLiveObjects");
-        if (live) {
+        if (const auto live = ClientExport<long (*)()>("ClientFileLiveObjects")) {
             EXPECT_EQ(live(), 0) << "the buffer released its file objects";
         }
     }
 
-    // A function the client's module exports, or null while the module is not loaded (the platform
-    // loads it for the first object of its class).
+    // A function the client's module exports, or null while the module is not loaded (the platform loads
+    // it for the first object of its class).
     template <class Function>
     static Function ClientExport(const char* name) {
         void* module = dlopen(SCRIVIX_CLIENT_FILE_PATH, RTLD_NOW | RTLD_NOLOAD);
@@ -84,10 +79,9 @@ protected:
     }
 
     // A buffer that makes its files from the client's class, named as `file_class`.
-    static ComPtr<IEditBuffer> ClientBuffer(const char16_t* file_class, std::u16string_view text = {}) {
+    static ComPtr<IEditBuffer> ClientBuffer(const std::u16string& file_class, std::u16string_view text = {}) {
         ComPtr<IEditBuffer> buffer = test::NewBuffer<Width>(text);
-        Bstr name(file_class);
-        EXPECT_EQ(buffer->put_FileClass(name.Get()), S_OK);
+        EXPECT_EQ(buffer->put_FileClass(Bstr(file_class).Get()), S_OK);
         return buffer;
     }
 };
@@ -97,18 +91,16 @@ TYPED_TEST_SUITE(ClientFileClass, test::BufferWidths);
 TYPED_TEST(ClientFileClass, StandsInFileClassWithTheModesCombined) {
     const std::u16string text = TypeParam::Sample();
     const ULONG bytes = static_cast<ULONG>(text.size() * sizeof(typename TypeParam::Char));
-    for (const char16_t* file_class : {kClientProgId, kClientClsid}) {
-        ComPtr<IEditBuffer> source = this->ClientBuffer(file_class, text);
-        Bstr name(u"notes");
+    const Bstr name(u"notes");
+    for (const std::u16string& file_class : {kClientProgId, kClientClsid}) {
         ULONG actual = 0;
-        ASSERT_EQ(source->WriteFile(0, static_cast<LONG>(text.size()), name.Get(), file_out, &actual), S_OK);
-        EXPECT_EQ(this->LastMode(), file_out);
-        EXPECT_EQ(actual, bytes);
+        ComPtr<IEditBuffer> source = this->ClientBuffer(file_class, text);
+        ASSERT_EQ(source->WriteFile(0, LONG(text.size()), name.Get(), file_out, &actual), S_OK);
+        EXPECT_EQ(std::pair(this->LastMode(), actual), std::pair(SHORT{file_out}, bytes));
 
         ComPtr<IEditBuffer> copy = this->ClientBuffer(file_class);
         ASSERT_EQ(copy->LoadFile(name.Get(), file_in | file_out, &actual), S_OK);
-        EXPECT_EQ(this->LastMode(), file_in | file_out);
-        EXPECT_EQ(actual, bytes);
+        EXPECT_EQ(std::pair(this->LastMode(), actual), std::pair(SHORT{file_in | file_out}, bytes));
         EXPECT_EQ(test::Contents<TypeParam>(copy.Get()), text);
 
         // The caller's mode is combined with file_in or file_out and otherwise passed on.
@@ -121,9 +113,8 @@ TYPED_TEST(ClientFileClass, StandsInFileClassWithTheModesCombined) {
 
 TYPED_TEST(ClientFileClass, ItsOpenFailurePassesThroughAndTheBufferStays) {
     ComPtr<IEditBuffer> buffer = this->ClientBuffer(kClientProgId, u"kept");
-    Bstr name(u"absent");
     ULONG actual = 7;
-    EXPECT_EQ(buffer->LoadFile(name.Get(), file_in, &actual), STG_E_FILENOTFOUND);
+    EXPECT_EQ(buffer->LoadFile(Bstr(u"absent").Get(), file_in, &actual), STG_E_FILENOTFOUND);
     EXPECT_EQ(actual, 0u);
     EXPECT_EQ(test::Contents<TypeParam>(buffer.Get()), u"kept");
 }

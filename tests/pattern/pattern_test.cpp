@@ -1,27 +1,25 @@
-// The pattern object through IPattern: properties, the search contract over a real buffer segment for both
-// character widths, compile failures with their messages, and the empty pattern.
+// The pattern object through IPattern in both character widths: properties, the search contract over a real
+// buffer segment, compile failures with their records, the empty pattern, and a client's own buffer segment.
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
 #include "support/error_record.h"
 #include "support/test_support.h"
+#include "pattern_test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <tuple>
-#include <utility>
 
 namespace scrivix {
 namespace {
 
+constexpr HRESULT kIllegalExpression = static_cast<HRESULT>(0x80042906u);
+
 struct Width {
-    const CLSID* buffer;
-    const CLSID* segment;
-    const CLSID* pattern;
+    const CLSID *buffer, *segment, *pattern;
     const char16_t* source;  // the ProgID error records name
 };
-const Width kAnsi{&CLSID_EditBufferA, &CLSID_BufferSegmentA, &CLSID_PatternA, u"Scrivix.PatternA.1"};
-const Width kUnicode{&CLSID_EditBufferU, &CLSID_BufferSegmentU, &CLSID_PatternU, u"Scrivix.PatternU.1"};
 
 template <class I>
 ComPtr<I> Make(const CLSID& clsid) {
@@ -30,13 +28,10 @@ ComPtr<I> Make(const CLSID& clsid) {
     return object;
 }
 
-// Whether found, then Start and End as the search left them.
-using SearchResult = std::tuple<bool, LONG, LONG>;
+using SearchResult = std::tuple<bool, LONG, LONG>;  // whether found, then Start and End as the search left them
 
 class PatternTest : public ::testing::TestWithParam<Width> {
 protected:
-    void SetUp() override { pattern_ = Make<IPattern>(*GetParam().pattern); }
-
     // A segment over a new buffer holding `text`.
     ComPtr<IBufferSegment> Segment(std::u16string_view text) {
         auto buffer = Make<IEditBuffer>(*GetParam().buffer);
@@ -45,74 +40,73 @@ protected:
         EXPECT_EQ(segment->put_Source(0, 0, buffer.Get()), S_OK);
         return segment;
     }
-
-    // Searches `buffer_text` from [start, end) in the given direction.
-    SearchResult Search(std::u16string_view buffer_text, LONG start, LONG end, bool reverse = false) {
-        auto segment = Segment(buffer_text);
+    SearchResult Search(IBufferSegment* segment, LONG start, LONG end, bool reverse = false) {
         VARIANT_BOOL found = 7;
-        const HRESULT hr = reverse ? pattern_->FindReverse(segment.Get(), &start, &end, &found)
-                                   : pattern_->Find(segment.Get(), &start, &end, &found);
-        EXPECT_EQ(hr, S_OK);
+        EXPECT_EQ(reverse ? pattern_->FindReverse(segment, &start, &end, &found)
+                          : pattern_->Find(segment, &start, &end, &found),
+                  S_OK);
         EXPECT_TRUE(found == VARIANT_TRUE || found == VARIANT_FALSE);
         return {found == VARIANT_TRUE, start, end};
     }
+    void Put(const char16_t* text, LONG options = 0, LONG look_ahead = 2048) {
+        ASSERT_EQ(pattern_->put_Text(Bstr(text).Get()), S_OK);
+        ASSERT_EQ(pattern_->put_Options(options), S_OK);
+        ASSERT_EQ(pattern_->put_LookAhead(look_ahead), S_OK);
+    }
 
-    ComPtr<IPattern> pattern_;
+    ComPtr<IPattern> pattern_ = Make<IPattern>(*GetParam().pattern);
 };
 
-TEST_P(PatternTest, ANewPattern) {
-    LONG value = -1;
-    EXPECT_EQ(pattern_->get_LookAhead(&value), S_OK);
-    EXPECT_EQ(value, 2048);
-    EXPECT_EQ(pattern_->get_Options(&value), S_OK);
-    EXPECT_EQ(value, 0);
+TEST_P(PatternTest, ANewPatternAndItsText) {
+    LONG look_ahead = -1, options = -1;
     Bstr text;
+    EXPECT_EQ(pattern_->get_LookAhead(&look_ahead), S_OK);
+    EXPECT_EQ(pattern_->get_Options(&options), S_OK);
     EXPECT_EQ(pattern_->get_Text(text.Put()), S_OK);
-    EXPECT_FALSE(text.IsNull());
-    EXPECT_EQ(text.View(), u"");
+    EXPECT_EQ(std::tuple(look_ahead, options, text.IsNull(), text.View()), std::tuple(2048, 0, false, u""));
     EXPECT_EQ(pattern_.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(IID_IPattern), S_OK);
     EXPECT_FALSE(pattern_.As<IConnectionPointContainer>());
+    // 8-bit text keeps the low byte of each character and gives it back widened by sign extension.
+    pattern_->put_Text(Bstr(u"\u00E9\u0141").Get());
+    pattern_->get_Text(text.Put());
+    EXPECT_EQ(text.View(), GetParam().pattern == &CLSID_PatternA ? u"\uFFE9A" : u"\u00E9\u0141");
 }
 
-// The search contract, with each option and the look-ahead passed on to the searches.
+// The search contract, with each option and the look-ahead passed on to the searches. Each expected
+// occurrence is marked in its text; a miss leaves Start and End as they were.
 TEST_P(PatternTest, Searches) {
-    struct Row {
+    const struct {
         const char16_t* pattern;
         LONG options;
-        const char16_t* text;
-        LONG start, end;
-        SearchResult expected;
+        const char* text;
+        LONG end = -1;  // -1: the text's length
         bool reverse = false;
         LONG look_ahead = 2048;
+    } rows[] = {
+        {u"abc", 0, "xx<abc>xx"}, {u"abc", 0, "xx<abc>xx", 3},  // an occurrence may run past the limit
+        {u"abc", 0, "xxabcxx", 2}, {u"abc", 0, "xxabcxx", -1, false, 2},
+        {u"abc", 0, "abc", -1, false, 0},  // look-ahead 0 finds nothing
+        {u"cat", poWholeWord, "a <cat> sat"}, {u"ABC", poIgnoreCase, "x<aBc>"}, {u"a b", poSkipSpaces, "<axb>"},
+        {u"ab", 0, "ab-<ab>", -1, true}, {u"ab", 0, "<ab>-ab", 4, true},
+        {u"a+", poRegExpression, "x<aaa>y"}, {u"a+", poRegExpression, "xaa<a>y", -1, true},
     };
-    const Row rows[] = {
-        {u"abc", 0, u"xxabcxx", 0, 7, {true, 2, 5}},
-        {u"abc", 0, u"xxabcxx", 0, 3, {true, 2, 5}},   // an occurrence may run past the limit
-        {u"abc", 0, u"xxabcxx", 0, 2, {false, 0, 2}},  // a miss leaves Start and End
-        {u"abc", 0, u"xxabcxx", 0, 7, {false, 0, 7}, false, 2},
-        {u"abc", 0, u"abc", 0, 3, {false, 0, 3}, false, 0},  // look-ahead 0 finds nothing
-        {u"cat", poWholeWord, u"a cat sat", 0, 9, {true, 2, 5}},
-        {u"ABC", poIgnoreCase, u"xaBc", 0, 4, {true, 1, 4}},
-        {u"a b", poSkipSpaces, u"axb", 0, 3, {true, 0, 3}},
-        {u"ab", 0, u"ab-ab", 0, 5, {true, 3, 5}, true},
-        {u"ab", 0, u"ab-ab", 0, 4, {true, 0, 2}, true},
-        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 1, 4}},
-        {u"a+", poRegExpression, u"xaaay", 0, 5, {true, 3, 4}, true},
-    };
-    for (const Row& row : rows) {
-        ASSERT_EQ(pattern_->put_Text(Bstr(row.pattern).Get()), S_OK);
-        ASSERT_EQ(pattern_->put_Options(row.options), S_OK);
-        ASSERT_EQ(pattern_->put_LookAhead(row.look_ahead), S_OK);
-        EXPECT_EQ(Search(row.text, row.start, row.end, row.reverse), row.expected) << "row " << (&row - rows);
+    for (const auto& row : rows) {
+        Put(row.pattern, row.options, row.look_ahead);
+        const auto [text, found] = test::Unmark(row.text);
+        const LONG end = row.end < 0 ? LONG(text.size()) : row.end;
+        const SearchResult expected{found != test::kNone, found == test::kNone ? 0 : found.start,
+                                    found == test::kNone ? end : found.end};
+        const auto segment = Segment(std::u16string(text.begin(), text.end()));
+        EXPECT_EQ(Search(segment.Get(), 0, end, row.reverse), expected) << row.text;
     }
     ASSERT_EQ(pattern_->put_Text(Bstr(u"y").Get()), S_OK);
-    EXPECT_EQ(Search(u"xaaay", 0, 5), (SearchResult{true, 1, 4})) << "the program stays until Options is put";
+    EXPECT_EQ(Search(Segment(u"xaaay").Get(), 0, 5), (SearchResult{true, 1, 4}))
+        << "the program stays until Options is put";
 }
 
-// Failures and their records.
 TEST_P(PatternTest, CompileFailuresReportTheirMessage) {
     const std::tuple<const char16_t*, HRESULT, DWORD> rows[] = {
-        {u"*a", static_cast<HRESULT>(0x80042906u), 85},
+        {u"*a", kIllegalExpression, 85},
         {u"a**", static_cast<HRESULT>(0x80042909u), 88},
         {u"[abc", static_cast<HRESULT>(0x80042908u), 87},
     };
@@ -121,14 +115,13 @@ TEST_P(PatternTest, CompileFailuresReportTheirMessage) {
         ASSERT_EQ(pattern_->put_Text(Bstr(text).Get()), S_OK);
         EXPECT_EQ(pattern_->put_Options(poRegExpression), status);
         const test::ErrorRecord record = test::TakeErrorRecord();
-        EXPECT_EQ(record.help_context, help_context);
-        EXPECT_EQ(record.source, GetParam().source);
-        EXPECT_EQ(record.guid, IID_IPattern);
+        EXPECT_EQ(std::tie(record.help_context, record.source, record.guid),
+                  std::tuple(help_context, GetParam().source, IID_IPattern));
         LONG options = 0, start = 0, end = 1;
         pattern_->get_Options(&options);
         EXPECT_EQ(options, poRegExpression) << "the options stay as put";
         VARIANT_BOOL found = 7;
-        EXPECT_EQ(pattern_->Find(Segment(u"x").Get(), &start, &end, &found), static_cast<HRESULT>(0x80042906u))
+        EXPECT_EQ(pattern_->Find(Segment(u"x").Get(), &start, &end, &found), kIllegalExpression)
             << "no program: the search reports an illegal expression";
         EXPECT_EQ(found, 7) << "and writes nothing";
     }
@@ -148,16 +141,14 @@ TEST_P(PatternTest, AnEmptyPatternOrNoBufferSegmentReportsAndWritesNothing) {
     EXPECT_EQ(found, 7);
 }
 
-// A buffer segment of the client's own that shows the library's segment through itself: a search must
-// ask it for the interface, and give back every reference it took.
-class ClientSegment final : public IBufferSegment {
-public:
-    explicit ClientSegment(ComPtr<IBufferSegment> inner) : inner_(std::move(inner)) {}
+// A buffer segment of the client's own that shows the library's segment through itself: a search must ask
+// it for the interface, and give back every reference it took.
+struct ClientSegment final : IBufferSegment {
+    explicit ClientSegment(ComPtr<IBufferSegment> segment) : inner(std::move(segment)) {}
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override {
-        *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IDispatch && iid != IID_IBufferSegment) return E_NOINTERFACE;
-        *ppv = static_cast<IBufferSegment*>(this);
+        *ppv = iid == IID_IUnknown || iid == IID_IDispatch || iid == IID_IBufferSegment ? this : nullptr;
+        if (!*ppv) return E_NOINTERFACE;
         AddRef();
         return S_OK;
     }
@@ -169,54 +160,37 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE get_MaxSize(LONG* size) override { return inner_->get_MaxSize(size); }
-    HRESULT STDMETHODCALLTYPE put_MaxSize(LONG size) override { return inner_->put_MaxSize(size); }
-    HRESULT STDMETHODCALLTYPE Begin(void** at) override { return inner_->Begin(at); }
-    HRESULT STDMETHODCALLTYPE End(void** at) override { return inner_->End(at); }
-    HRESULT STDMETHODCALLTYPE CharacterSize(SHORT* size) override { return inner_->CharacterSize(size); }
-    HRESULT STDMETHODCALLTYPE SegBegin(void** at) override { return inner_->SegBegin(at); }
-    HRESULT STDMETHODCALLTYPE SegEnd(void** at) override { return inner_->SegEnd(at); }
-    HRESULT STDMETHODCALLTYPE NextSegment(void** at) override { return inner_->NextSegment(at); }
-    HRESULT STDMETHODCALLTYPE PrevSegment(void** at) override { return inner_->PrevSegment(at); }
-    HRESULT STDMETHODCALLTYPE get_Source(LONG origin, LONG limit, IUnknown** buffer) override {
-        return inner_->get_Source(origin, limit, buffer);
-    }
-    HRESULT STDMETHODCALLTYPE put_Source(LONG origin, LONG limit, IUnknown* buffer) override {
-        return inner_->put_Source(origin, limit, buffer);
-    }
-    HRESULT STDMETHODCALLTYPE Length(LONG* length) override { return inner_->Length(length); }
+    HRESULT STDMETHODCALLTYPE get_MaxSize(LONG* size) override { return inner->get_MaxSize(size); }
+    HRESULT STDMETHODCALLTYPE put_MaxSize(LONG size) override { return inner->put_MaxSize(size); }
+    HRESULT STDMETHODCALLTYPE Begin(void** at) override { return inner->Begin(at); }
+    HRESULT STDMETHODCALLTYPE End(void** at) override { return inner->End(at); }
+    HRESULT STDMETHODCALLTYPE CharacterSize(SHORT* size) override { return inner->CharacterSize(size); }
+    HRESULT STDMETHODCALLTYPE SegBegin(void** at) override { return inner->SegBegin(at); }
+    HRESULT STDMETHODCALLTYPE SegEnd(void** at) override { return inner->SegEnd(at); }
+    HRESULT STDMETHODCALLTYPE NextSegment(void** at) override { return inner->NextSegment(at); }
+    HRESULT STDMETHODCALLTYPE PrevSegment(void** at) override { return inner->PrevSegment(at); }
+    HRESULT STDMETHODCALLTYPE get_Source(LONG o, LONG l, IUnknown** b) override { return inner->get_Source(o, l, b); }
+    HRESULT STDMETHODCALLTYPE put_Source(LONG o, LONG l, IUnknown* b) override { return inner->put_Source(o, l, b); }
+    HRESULT STDMETHODCALLTYPE Length(LONG* length) override { return inner->Length(length); }
 
+    ComPtr<IBufferSegment> inner;
     ULONG refs = 1;
-
-private:
-    ComPtr<IBufferSegment> inner_;
 };
 
 TEST_P(PatternTest, SearchesABufferSegmentOfTheClientsOwn) {
-    ASSERT_EQ(pattern_->put_Text(Bstr(u"abc").Get()), S_OK);
+    Put(u"abc");
     ClientSegment client(Segment(u"xxabcxxabc"));
-    for (bool reverse : {false, true}) {
-        LONG start = 0, end = 10;
-        VARIANT_BOOL found = VARIANT_FALSE;
-        EXPECT_EQ(reverse ? pattern_->FindReverse(&client, &start, &end, &found)
-                          : pattern_->Find(&client, &start, &end, &found),
-                  S_OK);
-        EXPECT_EQ(found, VARIANT_TRUE);
-        EXPECT_EQ(start, reverse ? 7 : 2);
+    for (const bool reverse : {false, true}) {
+        EXPECT_EQ(Search(&client, 0, 10, reverse), (SearchResult{true, reverse ? 7 : 2, reverse ? 10 : 5}));
         EXPECT_EQ(client.refs, 1u) << "every reference taken is given back";
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(BothWidths, PatternTest, ::testing::Values(kAnsi, kUnicode),
-                         [](const auto& info) { return info.param.pattern == &CLSID_PatternA ? "Ansi" : "Unicode"; });
-
-TEST(PatternText, EightBitTextWidensBySignExtension) {
-    auto pattern = Make<IPattern>(CLSID_PatternA);
-    pattern->put_Text(Bstr(u"\u00E9").Get());
-    Bstr text;
-    pattern->get_Text(text.Put());
-    EXPECT_EQ(text.View(), u"\uFFE9");
-}
+INSTANTIATE_TEST_SUITE_P(
+    BothWidths, PatternTest,
+    ::testing::Values(Width{&CLSID_EditBufferA, &CLSID_BufferSegmentA, &CLSID_PatternA, u"Scrivix.PatternA.1"},
+                      Width{&CLSID_EditBufferU, &CLSID_BufferSegmentU, &CLSID_PatternU, u"Scrivix.PatternU.1"}),
+    [](const auto& info) { return info.param.pattern == &CLSID_PatternA ? "Ansi" : "Unicode"; });
 
 }  // namespace
 }  // namespace scrivix

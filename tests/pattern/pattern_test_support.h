@@ -1,8 +1,7 @@
-// Helpers of the search tests: texts written once as bytes and widened to either character width, and
-// occurrences expressed in positions.
+// What the search tests share: texts written once as bytes and widened to either character width,
+// occurrences as positions, and searches with a compiled regular expression.
 #pragma once
 
-#include "pattern/literal_search.h"
 #include "pattern/pattern_template.h"
 
 #include <ostream>
@@ -21,32 +20,36 @@ std::basic_string<T> Widen(std::string_view bytes) {
 
 // A found occurrence [start, end), or kNone.
 struct Span {
-    long start;
-    long end;
+    long start, end;
     bool operator==(const Span&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const Span& s) {
+        return out << '[' << s.start << ", " << s.end << ')';
+    }
 };
 inline constexpr Span kNone{-1, -1};
-inline std::ostream& operator<<(std::ostream& out, const Span& span) {
-    return out << '[' << span.start << ", " << span.end << ')';
+
+// A text written with its expected occurrence between '<' and '>' (no marks: nothing found).
+struct Marked {
+    std::string text;
+    Span found = kNone;
+};
+inline Marked Unmark(std::string_view marked) {
+    Marked out;
+    for (const char c : marked) {
+        if (c == '<') out.found.start = long(out.text.size());
+        else if (c == '>') out.found.end = long(out.text.size());
+        else out.text += c;
+    }
+    return out;
 }
 
-// Searches with a compiled regular expression [from, to) of the text forwards, or backwards from `to` down to `from`.
+// Searches [from, to) of the text forwards, or backwards from `to` down to `from`.
 template <typename T, CandidateScan kScan = CandidateScan::jump>
 Span Find(DPatternTemplate<T>& program, const std::basic_string<T>& text, bool forward, long from, long to) {
     const T *b = text.data(), *z = b + text.size(), *start = nullptr, *end = nullptr;
     const bool found = forward ? program.template FindForward<kScan>(b, z, b + from, b + to, start, end)
                                : program.template FindBackward<kScan>(b, z, b + from, b + to, start, end);
     return found ? Span{start - b, end - b} : kNone;
-}
-
-// Searches with a literal search: forwards from `from` below `limit`, or backwards from `from` down to `limit`.
-template <CandidateScan kScan, typename T>
-Span Find(const LiteralSearch<T>& search, bool forward, const std::basic_string<T>& text, long from, long limit) {
-    const T *b = text.data(), *z = b + text.size();
-    typename LiteralSearch<T>::Occurrence found;
-    const bool hit = forward ? search.template FindForward<kScan>(b, z, b + from, b + limit, found)
-                             : search.template FindBackward<kScan>(b, z, b + from, b + limit, found);
-    return hit ? Span{found.begin - b, found.end - b} : kNone;
 }
 
 }  // namespace scrivix::test
