@@ -23,11 +23,14 @@ ComPtr<IBufferSegment> NewSegment() {
     return segment;
 }
 
-inline LONG LengthOf(IEditBuffer* buffer) {
-    LONG length = -1;
-    EXPECT_EQ(buffer->Length(&length), S_OK);
-    return length;
+// What the getter `get` of `object` hands out, checking that it succeeds.
+template <class T, class I>
+T Out(I* object, HRESULT (STDMETHODCALLTYPE I::*get)(T*)) {
+    T value{};
+    EXPECT_EQ((object->*get)(&value), S_OK);
+    return value;
 }
+inline LONG LengthOf(IEditBuffer* buffer) { return Out(buffer, &IEditBuffer::Length); }
 
 // The status of the library's message `number`.
 constexpr HRESULT Failure(UINT number) { return static_cast<HRESULT>(0x80040000u + number); }

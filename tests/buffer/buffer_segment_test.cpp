@@ -27,20 +27,14 @@ TYPED_TEST(BufferSegmentTest, AnUnboundSegment) {
         EXPECT_EQ(this->At(get), nullptr);
         EXPECT_EQ((this->segment_.Get()->*get)(nullptr), E_POINTER);
     }
-    LONG length = -1;
-    EXPECT_EQ(this->segment_->Length(&length), S_OK);
-    EXPECT_EQ(length, 0);
+    EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::Length), 0);
     ComPtr<IUnknown> source;
     EXPECT_EQ(this->segment_->get_Source(0, 0, source.Put()), E_POINTER);
     EXPECT_FALSE(source);
-    SHORT size = 0;
-    EXPECT_EQ(this->segment_->CharacterSize(&size), S_OK);
-    EXPECT_EQ(size, static_cast<SHORT>(sizeof(typename TestFixture::Char)));
-    for (LONG value : {LONG{0}, LONG{4096}, LONG{-7}}) {
-        LONG read = 1;
+    EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::CharacterSize), SHORT{sizeof(typename TestFixture::Char)});
+    for (LONG value : {LONG{4096}, LONG{-7}, LONG{0}}) {
         EXPECT_EQ(this->segment_->put_MaxSize(value), S_OK);
-        EXPECT_EQ(this->segment_->get_MaxSize(&read), S_OK);
-        EXPECT_EQ(read, value) << "stored as it is";
+        EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::get_MaxSize), value) << "stored as it is";
     }
     // Positions outside the text, on a buffer that never held a block, are handed on unchecked.
     const auto char_size = static_cast<intptr_t>(sizeof(typename TestFixture::Char));
@@ -57,9 +51,7 @@ TYPED_TEST(BufferSegmentTest, OriginLimitAndMoves) {
         LONG origin, limit, segment_begin, segment_end;
     } rows[] = {{0, 0, 0, 0}, {2, 50, 2, 10}, {2, 7, 2, 7}, {6, 3, 6, 3}, {0, 10, 0, 10}, {12, 11, 12, 10}};
     auto buffer = NewBuffer<TypeParam>(u"0123456789");
-    void* begin_of_buffer = nullptr;
-    ASSERT_EQ(buffer->get_Begin(&begin_of_buffer), S_OK);
-    auto* begin = static_cast<typename TestFixture::Char*>(begin_of_buffer);
+    auto* begin = static_cast<typename TestFixture::Char*>(Out(buffer.Get(), &IEditBuffer::get_Begin));
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "Source(" << row.origin << ", " << row.limit << ")");
         ASSERT_EQ(this->segment_->put_Source(row.origin, row.limit, buffer.Get()), S_OK);
@@ -67,9 +59,7 @@ TYPED_TEST(BufferSegmentTest, OriginLimitAndMoves) {
         EXPECT_EQ(this->At(&IBufferSegment::End), begin + 10);
         EXPECT_EQ(this->At(&IBufferSegment::SegBegin), begin + row.segment_begin);
         EXPECT_EQ(this->At(&IBufferSegment::SegEnd), begin + row.segment_end);
-        LONG length = -1;
-        EXPECT_EQ(this->segment_->Length(&length), S_OK);
-        EXPECT_EQ(length, 10) << "the whole buffer, whatever the view";
+        EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::Length), 10) << "the whole buffer, whatever the view";
     }
     EXPECT_EQ(std::u16string(begin, this->At(&IBufferSegment::End)), u"0123456789");
     ComPtr<IUnknown> source;

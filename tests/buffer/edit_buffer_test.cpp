@@ -130,15 +130,12 @@ TYPED_TEST(EditBufferTest, PositionsAndSizes) {
     EXPECT_EQ(end, nullptr);
 
     ASSERT_EQ(buffer->Text(Bstr(u"0123456789").Get()), S_OK);
-    SHORT size = 0;
-    LONG id = 0;
-    ASSERT_EQ(buffer->get_Begin(&begin), S_OK);
-    ASSERT_EQ(buffer->get_End(&end), S_OK);
-    ASSERT_EQ(buffer->CharSize(&size), S_OK);
+    IEditBuffer* b = buffer.Get();
+    const SHORT size = Out(b, &IEditBuffer::CharSize);
     EXPECT_EQ(size, static_cast<SHORT>(sizeof(typename TypeParam::Char)));
-    EXPECT_EQ(static_cast<char*>(end) - static_cast<char*>(begin), 10 * size);
-    ASSERT_EQ(buffer->ProcessID(&id), S_OK);
-    EXPECT_EQ(id, static_cast<LONG>(getpid()));
+    EXPECT_EQ(static_cast<char*>(Out(b, &IEditBuffer::get_End)) - static_cast<char*>(Out(b, &IEditBuffer::get_Begin)),
+              10 * size);
+    EXPECT_EQ(Out(b, &IEditBuffer::ProcessID), static_cast<LONG>(getpid()));
     for (HRESULT refused : {buffer->get_Begin(nullptr), buffer->get_End(nullptr), buffer->CharSize(nullptr),
                             buffer->Length(nullptr), buffer->ProcessID(nullptr)})
         EXPECT_EQ(refused, E_POINTER);
