@@ -89,13 +89,13 @@ TYPED_TEST(Transfer, StreamPositionsAndEmptyTransfers) {
     EXPECT_EQ(buffer->UnlockFromRead(), S_OK);
     EXPECT_EQ(target.bytes, "<" + this->Bytes(u"a") + this->Bytes(u"bc")) << "successive calls append";
 
-    MemoryStream empty, full;
+    MemoryStream empty_out, empty_in;
     ULONG actual = 9;
-    EXPECT_EQ(buffer->ToStream(2, 2, &empty, &actual), S_OK);
+    EXPECT_EQ(buffer->ToStream(2, 2, &empty_out, &actual), S_OK);
     EXPECT_EQ(actual, 0u);
-    EXPECT_EQ(empty.bytes, this->Bytes(u"")) << "a 16-bit buffer still writes its mark";
+    EXPECT_EQ(empty_out.bytes, this->Bytes(u"")) << "a 16-bit buffer still writes its mark";
     actual = 9;
-    EXPECT_EQ(buffer->FromStream(&full, &actual), S_OK) << "an empty stream empties the buffer";
+    EXPECT_EQ(buffer->FromStream(&empty_in, &actual), S_OK) << "an empty stream empties the buffer";
     EXPECT_EQ(actual, 0u);
     EXPECT_EQ(Contents<TypeParam>(buffer.Get()), u"");
     EXPECT_EQ(sink.Calls(), (Modifications{{0, 4, 3}, {0, 3, 0}}));
