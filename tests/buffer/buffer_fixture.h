@@ -1,6 +1,6 @@
-// What the buffer tests share beyond the two widths: segments, the error record of a refused call, and
-// RecordingSink, a client's sink for `_IEditBufferEvents` that records each Modified call and may run a
-// hook on it (to log, block or throw).
+// What the buffer tests share beyond the two widths: segments, the buffer's refusals and their error
+// records, and RecordingSink, a client's sink for `_IEditBufferEvents` that records each Modified call and
+// may run a hook on it (to log, block or throw).
 #pragma once
 
 #include "support/buffer_widths.h"
@@ -9,6 +9,7 @@
 #include "support/test_support.h"
 
 #include <functional>
+#include <map>
 #include <mutex>
 #include <ostream>
 #include <vector>
@@ -22,21 +23,32 @@ ComPtr<IBufferSegment> NewSegment() {
     return segment;
 }
 
-inline LONG LengthOf(IEditBuffer* buffer) {
-    LONG length = -1;
-    EXPECT_EQ(buffer->Length(&length), S_OK);
-    return length;
+// What the getter `get` of `object` hands out, checking that it succeeds.
+template <class T, class I>
+T Out(I* object, HRESULT (STDMETHODCALLTYPE I::*get)(T*)) {
+    T value{};
+    EXPECT_EQ((object->*get)(&value), S_OK);
+    return value;
 }
+inline LONG LengthOf(IEditBuffer* buffer) { return Out(buffer, &IEditBuffer::Length); }
 
-// Checks that a buffer call of width W returned `status` and left the record of that message.
+// The status of the library's message `number`.
+constexpr HRESULT Failure(UINT number) { return static_cast<HRESULT>(0x80040000u + number); }
+
+// Checks that a buffer call of width W failed with message `number` and left that message's record.
 template <class W>
-void ExpectReported(HRESULT result, HRESULT status, std::u16string_view description, DWORD help_context) {
-    EXPECT_EQ(result, status);
+void ExpectReported(HRESULT result, UINT number) {
+    static const std::map<UINT, std::pair<std::u16string_view, DWORD>> messages = {
+        {10000, {u"Invalid Extent.", 76}},
+        {10002, {u"Invalid Start parameter.", 78}},
+        {10003, {u"Invalid End parameter.", 79}},
+        {10007, {u"Insuficient memory for operation.", 0xFFFFFFFF}}};
+    EXPECT_EQ(result, Failure(number));
     const ErrorRecord record = TakeErrorRecord();
+    EXPECT_EQ(record.description, messages.at(number).first);
+    EXPECT_EQ(record.help_context, messages.at(number).second);
     EXPECT_EQ(record.guid, IID_IEditBuffer);
     EXPECT_EQ(record.source, W::kSource);
-    EXPECT_EQ(record.description, description);
-    EXPECT_EQ(record.help_context, help_context);
     EXPECT_EQ(record.help_file, u"Scrivix.chm");
 }
 
@@ -73,10 +85,9 @@ private:
 };
 
 inline ComPtr<IConnectionPoint> EventPoint(IUnknown* source) {
-    ComPtr<IConnectionPointContainer> container;
     ComPtr<IConnectionPoint> point;
-    EXPECT_EQ(source->QueryInterface(IID_IConnectionPointContainer, container.PutVoid()), S_OK);
-    if (container) { EXPECT_EQ(container->FindConnectionPoint(IID__IEditBufferEvents, point.Put()), S_OK); }
+    auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
+    EXPECT_TRUE(container && container->FindConnectionPoint(IID__IEditBufferEvents, point.Put()) == S_OK);
     return point;
 }
 
@@ -85,11 +96,6 @@ inline DWORD Connect(IUnknown* source, IUnknown* sink) {
     DWORD cookie = 0;
     if (auto point = EventPoint(source)) { EXPECT_EQ(point->Advise(sink, &cookie), S_OK); }
     return cookie;
-}
-
-inline HRESULT Disconnect(IUnknown* source, DWORD cookie) {
-    auto point = EventPoint(source);
-    return point ? point->Unadvise(cookie) : E_FAIL;
 }
 
 }  // namespace scrivix::test

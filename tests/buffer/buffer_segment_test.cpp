@@ -11,21 +11,11 @@ template <class W>
 class BufferSegmentTest : public ::testing::Test {
 protected:
     using Char = typename W::Char;
-
+    // The position `get` hands out.
     Char* At(Get get) {
         void* position = &position;
         EXPECT_EQ((segment_.Get()->*get)(&position), S_OK);
         return static_cast<Char*>(position);
-    }
-    static Char* Begin(IEditBuffer* buffer) {
-        void* position = nullptr;
-        EXPECT_EQ(buffer->get_Begin(&position), S_OK);
-        return static_cast<Char*>(position);
-    }
-    LONG Length() {
-        LONG length = -1;
-        EXPECT_EQ(segment_->Length(&length), S_OK);
-        return length;
     }
     ComPtr<IBufferSegment> segment_ = NewSegment<W>();
 };
@@ -37,65 +27,51 @@ TYPED_TEST(BufferSegmentTest, AnUnboundSegment) {
         EXPECT_EQ(this->At(get), nullptr);
         EXPECT_EQ((this->segment_.Get()->*get)(nullptr), E_POINTER);
     }
-    EXPECT_EQ(this->Length(), 0);
+    EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::Length), 0);
     ComPtr<IUnknown> source;
     EXPECT_EQ(this->segment_->get_Source(0, 0, source.Put()), E_POINTER);
     EXPECT_FALSE(source);
-    SHORT size = 0;
-    EXPECT_EQ(this->segment_->CharacterSize(&size), S_OK);
-    EXPECT_EQ(size, static_cast<SHORT>(sizeof(typename TestFixture::Char)));
-    for (LONG value : {LONG{0}, LONG{4096}, LONG{-7}}) {
-        LONG read = 1;
+    EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::CharacterSize), SHORT{sizeof(typename TestFixture::Char)});
+    for (LONG value : {LONG{4096}, LONG{-7}, LONG{0}}) {
         EXPECT_EQ(this->segment_->put_MaxSize(value), S_OK);
-        EXPECT_EQ(this->segment_->get_MaxSize(&read), S_OK);
-        EXPECT_EQ(read, value) << "stored as it is";
+        EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::get_MaxSize), value) << "stored as it is";
     }
+    // Positions outside the text, on a buffer that never held a block, are handed on unchecked.
+    const auto char_size = static_cast<intptr_t>(sizeof(typename TestFixture::Char));
+    ASSERT_EQ(this->segment_->put_Source(3, -2, NewBuffer<TypeParam>().Get()), S_OK);
+    EXPECT_EQ(reinterpret_cast<intptr_t>(this->At(&IBufferSegment::SegBegin)), 3 * char_size);
+    EXPECT_EQ(reinterpret_cast<intptr_t>(this->At(&IBufferSegment::SegEnd)), -2 * char_size);
+    EXPECT_EQ(this->At(&IBufferSegment::End), nullptr);
 }
 
-// Origin and Limit are positions counted from Begin; only a Limit beyond the end is cut to it.
-TYPED_TEST(BufferSegmentTest, OriginAndLimit) {
-    struct Row {
+// Origin and Limit are positions counted from Begin; only a Limit beyond the end is cut to it. A buffer is
+// one segment: moving either way gives its bounds again.
+TYPED_TEST(BufferSegmentTest, OriginLimitAndMoves) {
+    const struct {
         LONG origin, limit, segment_begin, segment_end;
-    };
-    const Row rows[] = {{0, 0, 0, 0}, {2, 50, 2, 10}, {2, 7, 2, 7}, {6, 3, 6, 3}, {0, 10, 0, 10}, {12, 11, 12, 10}};
+    } rows[] = {{0, 0, 0, 0}, {2, 50, 2, 10}, {2, 7, 2, 7}, {6, 3, 6, 3}, {0, 10, 0, 10}, {12, 11, 12, 10}};
     auto buffer = NewBuffer<TypeParam>(u"0123456789");
-    auto* begin = this->Begin(buffer.Get());
-    for (const Row& row : rows) {
+    auto* begin = static_cast<typename TestFixture::Char*>(Out(buffer.Get(), &IEditBuffer::get_Begin));
+    for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "Source(" << row.origin << ", " << row.limit << ")");
         ASSERT_EQ(this->segment_->put_Source(row.origin, row.limit, buffer.Get()), S_OK);
         EXPECT_EQ(this->At(&IBufferSegment::Begin), begin);
         EXPECT_EQ(this->At(&IBufferSegment::End), begin + 10);
         EXPECT_EQ(this->At(&IBufferSegment::SegBegin), begin + row.segment_begin);
         EXPECT_EQ(this->At(&IBufferSegment::SegEnd), begin + row.segment_end);
-        EXPECT_EQ(this->Length(), 10) << "the whole buffer, whatever the view";
+        EXPECT_EQ(Out(this->segment_.Get(), &IBufferSegment::Length), 10) << "the whole buffer, whatever the view";
     }
-    EXPECT_EQ(std::u16string(this->At(&IBufferSegment::Begin), this->At(&IBufferSegment::End)), u"0123456789");
-    ComPtr<IUnknown> source, identity;
+    EXPECT_EQ(std::u16string(begin, this->At(&IBufferSegment::End)), u"0123456789");
+    ComPtr<IUnknown> source;
     ASSERT_EQ(this->segment_->get_Source(0, 0, source.Put()), S_OK);
-    ASSERT_EQ(buffer->QueryInterface(IID_IUnknown, identity.PutVoid()), S_OK);
-    EXPECT_EQ(source.Get(), identity.Get());
-}
+    EXPECT_EQ(source.Get(), buffer.template As<IUnknown>().Get());
 
-// Positions outside the text, on a buffer that never held a block, are handed on unchecked.
-TYPED_TEST(BufferSegmentTest, PositionsOnABufferWithoutABlock) {
-    auto buffer = NewBuffer<TypeParam>();
-    const auto char_size = static_cast<intptr_t>(sizeof(typename TestFixture::Char));
-    ASSERT_EQ(this->segment_->put_Source(3, -2, buffer.Get()), S_OK);
-    EXPECT_EQ(reinterpret_cast<intptr_t>(this->At(&IBufferSegment::SegBegin)), 3 * char_size);
-    EXPECT_EQ(reinterpret_cast<intptr_t>(this->At(&IBufferSegment::SegEnd)), -2 * char_size);
-    EXPECT_EQ(this->At(&IBufferSegment::End), nullptr);
-}
-
-// A buffer is one segment: moving either way gives its bounds again.
-TYPED_TEST(BufferSegmentTest, OneSegmentOnly) {
-    auto buffer = NewBuffer<TypeParam>(u"0123456789");
     ASSERT_EQ(this->segment_->put_Source(2, 8, buffer.Get()), S_OK);
-    auto* segment_begin = this->At(&IBufferSegment::SegBegin);
-    EXPECT_EQ(this->At(&IBufferSegment::NextSegment), segment_begin);
-    EXPECT_EQ(this->At(&IBufferSegment::NextSegment), segment_begin);
-    EXPECT_EQ(this->At(&IBufferSegment::SegEnd), this->Begin(buffer.Get()) + 8);
-    EXPECT_EQ(this->At(&IBufferSegment::PrevSegment), segment_begin);
-    EXPECT_EQ(this->At(&IBufferSegment::SegEnd), segment_begin);
+    EXPECT_EQ(this->At(&IBufferSegment::NextSegment), begin + 2);
+    EXPECT_EQ(this->At(&IBufferSegment::NextSegment), begin + 2);
+    EXPECT_EQ(this->At(&IBufferSegment::SegEnd), begin + 8);
+    EXPECT_EQ(this->At(&IBufferSegment::PrevSegment), begin + 2);
+    EXPECT_EQ(this->At(&IBufferSegment::SegEnd), begin + 2);
 }
 
 }  // namespace

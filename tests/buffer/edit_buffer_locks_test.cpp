@@ -1,9 +1,8 @@
 // The read locks and the write exclusion with real threads: readers share, a writer waits for every
 // reader, a waiting writer does not hold readers back, a writer keeps readers out, and a bound buffer
-// segment holds one read lock until it lets its buffer go. The tests assert the order in which threads
-// took their steps; waits for a step that must come are bounded only so that a fault fails the test
-// instead of hanging it, and the short grace given a held-off thread to wrongly go ahead is never a
-// condition of passing.
+// segment holds one read lock until it lets its buffer go. The tests assert the order of the threads'
+// steps; waits for a step that must come are bounded only so that a fault fails instead of hanging, and
+// the short grace given a held-off thread to wrongly go ahead is never a condition of passing.
 #include "buffer_fixture.h"
 
 #include <algorithm>
@@ -27,17 +26,17 @@ public:
     }
     bool WaitFor(const std::string& step, std::chrono::milliseconds limit = kPatience) {
         std::unique_lock guard(mutex_);
-        return changed_.wait_for(guard, limit, [&] { return Find(step) != steps_.end(); });
+        return changed_.wait_for(guard, limit, [&] { return Index(step) < steps_.size(); });
     }
-    // Whether `first` was taken before `second` (both taken).
+    // Whether `first` was taken before `second`, and both were taken.
     bool Before(const std::string& first, const std::string& second) {
         std::lock_guard guard(mutex_);
-        return Find(first) < Find(second) && Find(second) != steps_.end();
+        return Index(first) < Index(second) && Index(second) < steps_.size();
     }
 
 private:
-    std::vector<std::string>::iterator Find(const std::string& step) {
-        return std::find(steps_.begin(), steps_.end(), step);
+    size_t Index(const std::string& step) const {
+        return std::find(steps_.begin(), steps_.end(), step) - steps_.begin();
     }
     std::mutex mutex_;
     std::condition_variable changed_;
@@ -48,10 +47,9 @@ template <class W>
 class EditBufferLocksTest : public ::testing::Test {
 protected:
     EditBufferLocksTest() { Connect(buffer_.Get(), &sink_); }
-    ~EditBufferLocksTest() override { buffer_ = nullptr; }
 
-    // A reader thread: takes a read lock, logs "<name> in", holds it until "release <name>" is logged,
-    // then logs "<name> leaving" and lets go.
+    // A reader: takes a read lock, logs "<name> in", holds it until "release <name>" is logged, then logs
+    // "<name> leaving" and lets go.
     std::jthread Reader(const std::string& name) {
         return std::jthread([this, name] {
             EXPECT_EQ(buffer_->LockForRead(), S_OK);
@@ -61,17 +59,13 @@ protected:
             EXPECT_EQ(buffer_->UnlockFromRead(), S_OK);
         });
     }
-    // A writer thread; the sink logs "modified" while the write exclusion is held.
+    // A writer; the sink logs "modified" while the write exclusion is held.
     std::jthread Writer() {
         return std::jthread([this] {
             log_.Add("writer starts");
             EXPECT_EQ(buffer_->Replace(0, 1, Bstr(u"w").Get()), S_OK);
             log_.Add("writer done");
         });
-    }
-    void ExpectWriterHeldOff() {
-        ASSERT_TRUE(log_.WaitFor("writer starts"));
-        EXPECT_FALSE(log_.WaitFor("modified", kGrace)) << "the writer got in";
     }
 
     // Whether a Replace on `buffer` is held off until `let_go` runs; it must get in after that (a lock
@@ -109,7 +103,8 @@ TYPED_TEST(EditBufferLocksTest, AWriterWaitsForEveryReaderAndHoldsNoneBack) {
     auto first = this->Reader("first");
     ASSERT_TRUE(log.WaitFor("first in"));
     auto writer = this->Writer();
-    this->ExpectWriterHeldOff();
+    ASSERT_TRUE(log.WaitFor("writer starts"));
+    EXPECT_FALSE(log.WaitFor("modified", kGrace)) << "the writer got in";
     auto second = this->Reader("second");
     EXPECT_TRUE(log.WaitFor("second in")) << "the waiting writer held a reader back";
     log.Add("release first");
@@ -120,6 +115,7 @@ TYPED_TEST(EditBufferLocksTest, AWriterWaitsForEveryReaderAndHoldsNoneBack) {
     EXPECT_TRUE(log.Before("second leaving", "modified"));
 }
 
+// A writer keeps readers out; a read lock belongs to no thread, so another may give it back.
 TYPED_TEST(EditBufferLocksTest, AReaderWaitsWhileAWriterIsActive) {
     auto& log = this->log_;
     this->inside_modified_ = [&] {  // the writer stays inside Modified until let go
@@ -138,13 +134,13 @@ TYPED_TEST(EditBufferLocksTest, AReaderWaitsWhileAWriterIsActive) {
 
 TYPED_TEST(EditBufferLocksTest, AReadLockBelongsToNoThread) {
     ASSERT_EQ(this->buffer_->LockForRead(), S_OK);
-    std::jthread([&] { EXPECT_EQ(this->buffer_->UnlockFromRead(), S_OK); }).join();
-    auto writer = this->Writer();
-    EXPECT_TRUE(this->log_.WaitFor("writer done"));
+    EXPECT_TRUE(this->HeldOffUntil(this->buffer_.Get(), [&] {
+        std::jthread([&] { EXPECT_EQ(this->buffer_->UnlockFromRead(), S_OK); }).join();
+    }));
 }
 
 // A segment bound (even twice) holds one read lock on its buffer until it is unbound, bound to something
-// that is no edit buffer, bound to another buffer, or released.
+// that is no edit buffer, bound to another buffer (which it then holds), or released.
 TYPED_TEST(EditBufferLocksTest, ABoundSegmentHoldsOneLockUntilItLetsGo) {
     RecordingSink not_a_buffer;
     auto other = NewBuffer<TypeParam>(u"y");
@@ -155,7 +151,7 @@ TYPED_TEST(EditBufferLocksTest, ABoundSegmentHoldsOneLockUntilItLetsGo) {
         ASSERT_EQ(segment->put_Source(0, 0, this->buffer_.Get()), S_OK);
         EXPECT_TRUE(this->HeldOffUntil(this->buffer_.Get(), [&] { segment->put_Source(0, 0, unbinder); }));
         if (unbinder == other.Get()) {
-            EXPECT_TRUE(this->HeldOffUntil(other.Get(), [&] { segment = nullptr; })) << "the new buffer is locked";
+            EXPECT_TRUE(this->HeldOffUntil(other.Get(), [&] { segment = nullptr; }));
             continue;
         }
         ComPtr<IUnknown> source;

@@ -1,10 +1,7 @@
-// Edits that cannot get memory: each reports "Insuficient memory for operation." (10007) with help
-// context 0xFFFFFFFF, leaves the text as it was, fires nothing and leaves the write exclusion.
-//
-// The allocation is made to fail for real: a child process caps its own address space just above what it
-// uses, then asks the buffer to grow beyond the cap. The other road to 10007, an edit that would take a
-// buffer past 2^31 - 1 characters, needs a buffer of 2 GiB to reach; it runs through the same failure
-// path and is left to review.
+// Edits that cannot get memory: each reports "Insuficient memory for operation." (10007), leaves the text
+// as it was, fires nothing and leaves the write exclusion. The allocation fails for real: a child process
+// caps its own address space just above what it uses, then asks the buffer to grow beyond the cap. (The
+// other road to 10007, a buffer past 2^31 - 1 characters, needs 2 GiB and shares the failure path.)
 #include "buffer_fixture.h"
 
 #include <sys/resource.h>
@@ -34,35 +31,32 @@ bool CapAddressSpace(size_t headroom) {
     return setrlimit(RLIMIT_AS, &limit) == 0;
 }
 
-// Runs in the child: every edit must fail with 10007 and change nothing. Returns what went wrong.
+// Runs in the child, where a failed EXPECT would not reach the parent: returns what went wrong.
 template <class W>
 std::string EditsWithoutMemory() {
     std::ostringstream wrong;
-    auto check = [&](bool ok, const char* what) {
-        if (!ok) wrong << what << "\n";
-    };
+    const auto check = [&](bool ok, const char* what) { wrong << (ok ? "" : what); };
     constexpr size_t kHeld = 8 << 20;  // characters in the buffer, with no room to spare
-    constexpr size_t kBigger = 2 * kHeld;
     RecordingSink sink;
     auto buffer = NewBuffer<W>();
-    std::string bytes(kBigger, 'b');
-    check(buffer->ASCIIText(reinterpret_cast<unsigned char*>(bytes.data()), kHeld) == S_OK, "fill");
-    const Bstr units(std::u16string(kBigger, u'u'));
+    std::string bytes(2 * kHeld, 'b');
+    check(buffer->ASCIIText(reinterpret_cast<unsigned char*>(bytes.data()), kHeld) == S_OK, "fill\n");
+    const Bstr units(std::u16string(2 * kHeld, u'u'));
     Connect(buffer.Get(), &sink);
-    check(CapAddressSpace(1 << 20), "cap the address space");
+    check(CapAddressSpace(1 << 20), "cap the address space\n");
 
     const std::pair<const char*, std::function<HRESULT()>> edits[] = {
         {"Replace", [&] { return buffer->Replace(kHeld / 2, 0, Bstr(u"grow").Get()); }},
         {"Text", [&] { return buffer->Text(units.Get()); }},
-        {"ASCIIText", [&] { return buffer->ASCIIText(reinterpret_cast<unsigned char*>(bytes.data()), kBigger); }},
+        {"ASCIIText", [&] { return buffer->ASCIIText(reinterpret_cast<unsigned char*>(bytes.data()), 2 * kHeld); }},
     };
     for (const auto& [name, edit] : edits) {
         const HRESULT result = edit();
         const ErrorRecord record = TakeErrorRecord();
-        if (result != static_cast<HRESULT>(0x80042717u)) wrong << name << " returned " << std::hex << result << "\n";
+        if (result != Failure(10007)) wrong << name << " returned " << std::hex << result << "\n";
         check(record.description == u"Insuficient memory for operation." && record.help_context == 0xFFFFFFFF &&
                   record.help_file == u"Scrivix.chm" && record.source == W::kSource && record.guid == IID_IEditBuffer,
-              "the error record");
+              "the error record\n");
         // Read in place: a copy would need memory.
         void *begin = nullptr, *end = nullptr;
         buffer->get_Begin(&begin);
@@ -70,13 +64,13 @@ std::string EditsWithoutMemory() {
         using Char = typename W::Char;
         check(LengthOf(buffer.Get()) == static_cast<LONG>(kHeld) &&
                   std::all_of(static_cast<Char*>(begin), static_cast<Char*>(end), [](Char c) { return c == 'b'; }),
-              "the text is unchanged");
+              "the text is unchanged\n");
     }
-    check(sink.Calls().empty(), "no event");
+    check(sink.Calls().empty(), "no event\n");
     // The exclusion was left: readers and a writer that needs no memory get in.
-    check(buffer->LockForRead() == S_OK && buffer->UnlockFromRead() == S_OK, "read lock");
-    check(buffer->Replace(0, 4, Bstr(u"edit").Get()) == S_OK, "a later edit");
-    check(sink.Calls() == Modifications{{0, 4, 4}}, "its event");
+    check(buffer->LockForRead() == S_OK && buffer->UnlockFromRead() == S_OK, "read lock\n");
+    check(buffer->Replace(0, 4, Bstr(u"edit").Get()) == S_OK, "a later edit\n");
+    check(sink.Calls() == Modifications{{0, 4, 4}}, "its event\n");
     buffer = nullptr;
     return wrong.str();
 }

@@ -36,30 +36,27 @@ ComPtr<IEditBuffer> NewBuffer() {
     return buffer;
 }
 
-TEST(ComEventsPtr, HearsItsSourceAndFollowsAChangeOfSource) {
-    Owner owner;
-    EXPECT_EQ(owner.buffer.SetSource(nullptr), E_INVALIDARG) << "no source: nothing to connect";
+// The holder hears its source, follows a change of source, and disconnects and releases everything at its
+// owner's end.
+TEST(ComEventsPtr, FollowsItsSourceAndLetsGoAtItsOwnersEnd) {
+    const long before = test::LiveObjects();
     auto first = NewBuffer();
     auto second = NewBuffer();
-    ASSERT_EQ(owner.buffer.SetSource(first), S_OK);
-    first->Text(Bstr(u"abc").Get());
-    ASSERT_EQ(owner.buffer.SetSource(second), S_OK);
-    first->Text(Bstr(u"not heard").Get());
-    second->Replace(0, 0, Bstr(u"xy").Get());
-    EXPECT_EQ(owner.heard, (std::vector<std::vector<LONG>>{{0, 0, 3}, {0, 0, 2}}));
-}
-
-TEST(ComEventsPtr, TheOwnersEndDisconnectsAndReleasesEverything) {
-    const long before = test::LiveObjects();
-    auto buffer = NewBuffer();
     {
         Owner owner;
-        owner.buffer.SetSource(buffer);
-        EXPECT_EQ(test::LiveObjects(), before + 2) << "the buffer and the sink";
+        EXPECT_EQ(owner.buffer.SetSource(nullptr), E_INVALIDARG) << "no source: nothing to connect";
+        ASSERT_EQ(owner.buffer.SetSource(first), S_OK);
+        first->Text(Bstr(u"abc").Get());
+        ASSERT_EQ(owner.buffer.SetSource(second), S_OK);
+        EXPECT_EQ(test::LiveObjects(), before + 3) << "the buffers and the sink";
+        first->Text(Bstr(u"not heard").Get());
+        second->Replace(0, 0, Bstr(u"xy").Get());
+        EXPECT_EQ(owner.heard, (std::vector<std::vector<LONG>>{{0, 0, 3}, {0, 0, 2}}));
     }
-    EXPECT_EQ(test::LiveObjects(), before + 1) << "the sink went with its owner";
-    buffer->Text(Bstr(u"nobody listens").Get());
-    buffer = nullptr;
+    EXPECT_EQ(test::LiveObjects(), before + 2) << "the sink went with its owner";
+    second->Text(Bstr(u"nobody listens").Get());
+    first = nullptr;
+    second = nullptr;
     EXPECT_EQ(test::LiveObjects(), before);
 }
 

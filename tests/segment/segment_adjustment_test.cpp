@@ -29,30 +29,28 @@ TEST(SegmentAdjustment, DocumentedCases) {
         const char* what;
         Range before;
         SourceEdit edit;
-        Range after;
-        std::optional<LONG> event;
-        int length_asks;
+        Outcome after;
     } cases[] = {
         // Insertions.
-        {"in front: shifts", {10, 20}, {5, 0, 5}, {15, 25}, std::nullopt, 0},
-        {"at the origin: taken in", {10, 20}, {10, 0, 5}, {10, 25}, 0, 1},
-        {"at the limit: taken in", {10, 20}, {20, 0, 5}, {10, 25}, 10, 1},
-        {"behind: nothing", {10, 20}, {25, 0, 5}, {10, 20}, std::nullopt, 1},
+        {"in front: shifts", {10, 20}, {5, 0, 5}, {{15, 25}, std::nullopt, 0}},
+        {"at the origin: taken in", {10, 20}, {10, 0, 5}, {{10, 25}, 0, 1}},
+        {"at the limit: taken in", {10, 20}, {20, 0, 5}, {{10, 25}, 10, 1}},
+        {"behind: nothing", {10, 20}, {25, 0, 5}, {{10, 20}, std::nullopt, 1}},
         // Deletions.
-        {"across the origin: origin holds, limit collapses onto it", {10, 20}, {5, 10, 0}, {10, 10}, -5, 1},
-        {"wholly in front: shifts", {10, 20}, {0, 3, 0}, {7, 17}, std::nullopt, 0},
-        {"in front, shifted origin at the replaced end", {10, 20}, {0, 8, 0}, {2, 12}, -2, 0},
-        {"behind, limit pulled back to the buffer's end", {10, 28}, {25, 5, 0}, {10, 25}, 15, 1},
-        {"over the limit, both hold: asked once", {10, 20}, {15, 10, 0}, {10, 20}, std::nullopt, 1},
+        {"across the origin: origin holds, limit collapses onto it", {10, 20}, {5, 10, 0}, {{10, 10}, -5, 1}},
+        {"wholly in front: shifts", {10, 20}, {0, 3, 0}, {{7, 17}, std::nullopt, 0}},
+        {"in front, shifted origin at the replaced end", {10, 20}, {0, 8, 0}, {{2, 12}, -2, 0}},
+        {"behind, limit pulled back to the buffer's end", {10, 28}, {25, 5, 0}, {{10, 25}, 15, 1}},
+        {"over the limit, both hold: asked once", {10, 20}, {15, 10, 0}, {{10, 20}, std::nullopt, 1}},
         // Replacements.
-        {"over the limit: limit holds", {10, 20}, {15, 10, 2}, {10, 20}, std::nullopt, 1},
-        {"inside: limit follows", {10, 20}, {12, 3, 7}, {10, 24}, 2, 1},
-        {"the whole segment and more: both held, limit pulled back", {10, 20}, {5, 20, 1}, {10, 11}, -5, 1},
+        {"over the limit: limit holds", {10, 20}, {15, 10, 2}, {{10, 20}, std::nullopt, 1}},
+        {"inside: limit follows", {10, 20}, {12, 3, 7}, {{10, 24}, 2, 1}},
+        {"the whole segment and more: both held, limit pulled back", {10, 20}, {5, 20, 1}, {{10, 11}, -5, 1}},
     };
     for (const auto& c : cases) {
         const LONG length = 30 + c.edit.new_length - c.edit.old_length;
         const Outcome outcome = Adjust(c.before, c.edit, length);
-        EXPECT_EQ(outcome, (Outcome{c.after, c.event, c.length_asks})) << c.what;
+        EXPECT_EQ(outcome, c.after) << c.what;
         EXPECT_EQ(Reference(c.before, c.edit, length), outcome) << c.what << ": the re-statement agrees";
     }
     // Positions at the top of their range do not overflow.

@@ -9,19 +9,21 @@ namespace scrivix::test {
 namespace {
 
 const std::u16string_view kUnbound = u"TextSegment is not bound to a source (EditBuffer).";
+using ClassGet = HRESULT (STDMETHODCALLTYPE ITextSegment::*)(BSTR*);
+
+std::u16string ClassOf(ITextSegment* segment, ClassGet get) {
+    Bstr name;
+    EXPECT_EQ((segment->*get)(name.Put()), S_OK);
+    return std::u16string(name.View());
+}
 
 class TextSegmentTest : public ::testing::TestWithParam<Width> {
 protected:
-    // A segment of the width holding `text`, with a sink listening to it.
+    // `segment`, with `sink_` listening to it.
     ComPtr<ITextSegment> Listened(ComPtr<ITextSegment> segment) {
-        cookie_ = Listen(segment.Get(), &sink_);
-        listened_ = segment;
+        Listen(segment.Get(), &sink_);
         return segment;
     }
-    void TearDown() override {
-        if (listened_) StopListening(listened_.Get(), cookie_);
-    }
-    // A pattern of the width's class.
     ComPtr<IPattern> NewPattern(std::u16string_view text, LONG look_ahead = 2048) {
         auto pattern = MakeByName<IPattern>(GetParam().pattern_class);
         EXPECT_EQ(pattern->put_Text(Bstr(text).Get()), S_OK);
@@ -33,13 +35,10 @@ protected:
         root_ = NewSegment(u"abcdefghijklmnopqrstuvwxyz0123", GetParam());
         return SubSectionOf(root_.Get(), 5, 20);
     }
-    SegmentSink sink_;
-    DWORD cookie_ = 0;
-    ComPtr<ITextSegment> root_, listened_;
+    SegmentSink sink_, other_sink_;  // they outlive every segment of the test
+    ComPtr<ITextSegment> root_;
 };
 SCRIVIX_FOR_BOTH_WIDTHS(TextSegmentTest);
-
-// A new segment.
 
 TEST(TextSegment, ANewSegmentHasNoBufferAndTheDefaults) {
     auto segment = MakeByName<ITextSegment>(u"Scrivix.TextSegment");
@@ -56,26 +55,18 @@ TEST(TextSegment, ANewSegmentHasNoBufferAndTheDefaults) {
     EXPECT_EQ(segment->ExtendBackwardBy(1, &n), E_POINTER);
     EXPECT_EQ(segment->Replace(0, 0, Bstr(u"x").Get()), E_INVALIDARG);
     EXPECT_EQ(segment->Origin(nullptr), E_POINTER);
-
     auto errors = segment.As<ISupportErrorInfo>();
     ASSERT_TRUE(errors);
     EXPECT_EQ(errors->InterfaceSupportsErrorInfo(IID_ITextSegment), S_OK);
     EXPECT_EQ(errors->InterfaceSupportsErrorInfo(IID_IDispatch), S_FALSE);
     EXPECT_TRUE(segment.As<IDispatch>());
-    const std::pair<HRESULT (STDMETHODCALLTYPE ITextSegment::*)(BSTR*), std::u16string_view> defaults[] = {
-        {&ITextSegment::get_BufferClass, u"Scrivix.EditBufferA"},
-        {&ITextSegment::get_PatternIteratorClass, u"Scrivix.PatternIterator"},
-        {&ITextSegment::get_PatternClass, u"Scrivix.PatternA"},
-    };
-    for (const auto& [get, value] : defaults) {
-        Bstr name;
-        EXPECT_EQ((segment.Get()->*get)(name.Put()), S_OK);
-        EXPECT_EQ(name.View(), value);
-    }
+    EXPECT_EQ(ClassOf(segment.Get(), &ITextSegment::get_BufferClass), u"Scrivix.EditBufferA");
+    EXPECT_EQ(ClassOf(segment.Get(), &ITextSegment::get_PatternIteratorClass), u"Scrivix.PatternIterator");
+    EXPECT_EQ(ClassOf(segment.Get(), &ITextSegment::get_PatternClass), u"Scrivix.PatternA");
 }
 
-// Text and buffer.
-
+// A put of the text makes a new buffer of the buffer class; a put of the class drops the buffer, and a
+// class that makes no buffer fails the puts that need one.
 TEST_P(TextSegmentTest, TextPutMakesANewBufferOfTheBufferClass) {
     auto segment = Listened(NewSegment(u"first", GetParam()));
     auto kept = SubSectionOf(segment.Get(), 0, 5);
@@ -83,106 +74,90 @@ TEST_P(TextSegmentTest, TextPutMakesANewBufferOfTheBufferClass) {
     EXPECT_EQ(RangeOf(segment.Get()), (Range{0, 3}));
     EXPECT_EQ(TextOf(segment.Get()), u"abc");
     EXPECT_EQ(sink_.Take(), (Events{Event::Modified(0, 0, 3), Event::Reset(0)}));
-    Bstr pattern_class;
-    EXPECT_EQ(segment->get_PatternClass(pattern_class.Put()), S_OK);
-    EXPECT_EQ(pattern_class.View(), GetParam().pattern_class) << "the buffer's pattern class";
+    EXPECT_EQ(ClassOf(segment.Get(), &ITextSegment::get_PatternClass), GetParam().pattern_class) << "the buffer's";
     EXPECT_EQ(TextOf(kept.Get()), u"first") << "a segment over the old buffer goes on using it";
 
-    // A put of the buffer class drops the buffer.
     ASSERT_EQ(segment->put_BufferClass(Bstr(GetParam().buffer_class).Get()), S_OK);
     EXPECT_EQ(RangeOf(segment.Get()), (Range{0, 0}));
     EXPECT_EQ(TextOf(segment.Get()), u"");
     EXPECT_EQ(sink_.Take(), (Events{Event::Reset(0)}));
-}
-
-TEST(TextSegment, ABufferClassThatMakesNoBufferFails) {
-    auto segment = NewSegment(u"text");
-    ASSERT_EQ(segment->put_BufferClass(nullptr), S_OK);
-    EXPECT_EQ(segment->put_Text(Bstr(u"abc").Get()), E_INVALIDARG);
-    LONG actual = 0;
-    EXPECT_EQ(segment->LoadFile(Bstr(u"name").Get(), 3, &actual), E_INVALIDARG);
-    Bstr name;
-    EXPECT_EQ(segment->get_BufferClass(name.Put()), S_OK);
-    EXPECT_TRUE(name.IsNull());
 
     CLSID unused{};
     const HRESULT unknown = CLSIDFromProgID(u"Scrivix.NoSuchBuffer", &unused);
     ASSERT_TRUE(FAILED(unknown));
-    ASSERT_EQ(segment->put_BufferClass(Bstr(u"Scrivix.NoSuchBuffer").Get()), S_OK);
-    EXPECT_EQ(segment->put_Text(Bstr(u"abc").Get()), unknown);
-    ASSERT_EQ(segment->put_BufferClass(Bstr(u"Scrivix.PatternA").Get()), S_OK);
-    EXPECT_EQ(segment->put_Text(Bstr(u"abc").Get()), E_NOINTERFACE) << "a class that is no buffer";
-    EXPECT_EQ(TextOf(segment.Get()), u"");
+    const std::pair<const char16_t*, HRESULT> classes[] = {
+        {nullptr, E_INVALIDARG}, {u"Scrivix.NoSuchBuffer", unknown}, {u"Scrivix.PatternA", E_NOINTERFACE}};
+    for (auto [name, status] : classes) {
+        ASSERT_EQ(segment->put_BufferClass(name ? Bstr(name).Get() : nullptr), S_OK);
+        LONG actual = 0;
+        EXPECT_EQ(segment->put_Text(Bstr(u"abc").Get()), status);
+        EXPECT_EQ(segment->LoadFile(Bstr(u"name").Get(), 3, &actual), status);
+        EXPECT_EQ(TextOf(segment.Get()), u"");
+        EXPECT_EQ(ClassOf(segment.Get(), &ITextSegment::get_BufferClass), name ? name : u"");
+    }
 }
 
-// Extending by a count: forward clips at the buffer's end only and fires nothing, backward clips at both
-// ends, is not compared with the limit and fires.
-
+// Extending by a count: forward clips at the buffer's end only and fires nothing; backward clips at both
+// ends, is not compared with the limit, and fires.
 TEST_P(TextSegmentTest, ExtendByACount) {
     auto root = NewSegment(u"0123456789ab", GetParam());
     auto forward = Listened(SubSectionOf(root.Get(), 0, 10));
+    auto backward = SubSectionOf(root.Get(), 3, 8);
+    Listen(backward.Get(), &other_sink_);
+    const struct {
+        ITextSegment* segment;
+        LONG count, actual;
+        Range after;
+    } steps[] = {{forward.Get(), 1, 1, {0, 11}}, {forward.Get(), 5, 1, {0, 12}},
+                 {forward.Get(), -15, -15, {0, -3}},  // no lower bound
+                 {backward.Get(), 5, 3, {0, 8}}, {backward.Get(), -20, -12, {12, 8}}};
+    for (const auto& step : steps) {
+        LONG actual = 0;
+        EXPECT_EQ(step.segment == forward.Get() ? step.segment->ExtendForwardBy(step.count, &actual)
+                                                : step.segment->ExtendBackwardBy(step.count, &actual),
+                  S_OK);
+        EXPECT_EQ(actual, step.actual) << "by " << step.count;
+        EXPECT_EQ(RangeOf(step.segment), step.after) << "by " << step.count;
+    }
     LONG actual = 0;
-    EXPECT_EQ(forward->ExtendForwardBy(1, &actual), S_OK);
-    EXPECT_EQ(actual, 1);
-    EXPECT_EQ(forward->ExtendForwardBy(5, &actual), S_OK);
-    EXPECT_EQ(actual, 1);
-    EXPECT_EQ(RangeOf(forward.Get()), (Range{0, 12}));
-    EXPECT_EQ(forward->ExtendForwardBy(-15, &actual), S_OK) << "no lower bound";
-    EXPECT_EQ(actual, -15);
-    EXPECT_EQ(RangeOf(forward.Get()), (Range{0, -3}));
     EXPECT_EQ(forward->ExtendForwardBy(INT32_MIN, &actual), E_INVALIDARG) << "a limit 32 bits cannot hold";
     EXPECT_EQ(forward->ExtendForwardBy(1, nullptr), E_POINTER);
     EXPECT_TRUE(sink_.Take().empty());
-
-    SegmentSink sink;
-    auto backward = SubSectionOf(root.Get(), 3, 8);
-    const DWORD cookie = Listen(backward.Get(), &sink);
-    EXPECT_EQ(backward->ExtendBackwardBy(5, &actual), S_OK);
-    EXPECT_EQ(actual, 3);
-    EXPECT_EQ(RangeOf(backward.Get()), (Range{0, 8}));
-    EXPECT_EQ(backward->ExtendBackwardBy(-20, &actual), S_OK);
-    EXPECT_EQ(actual, -12);
-    EXPECT_EQ(RangeOf(backward.Get()), (Range{12, 8}));
-    EXPECT_EQ(sink.Take(), (Events{Event::Modified(0, 0, 3), Event::Modified(0, 0, -12)}));
-    StopListening(backward.Get(), cookie);
+    EXPECT_EQ(other_sink_.Take(), (Events{Event::Modified(0, 0, 3), Event::Modified(0, 0, -12)}));
 }
 
 // Extending up to a pattern: the distance moved each time, and an event for every step.
-
 TEST_P(TextSegmentTest, ExtendToAPattern) {
     auto root = NewSegment(u"ab.cd.ef", GetParam());
     auto dot = NewPattern(u".");
+    auto forward = Listened(SubSectionOf(root.Get(), 0, 2));
+    auto backward = SubSectionOf(root.Get(), 8, 8);
+    Listen(backward.Get(), &other_sink_);
     const struct {
+        ITextSegment* segment;
         VARIANT_BOOL include;
         LONG distance;
         Range after;
         Event heard;
     } steps[] = {
-        {VARIANT_FALSE, 0, {0, 2}, Event::Modified(2, 0, 0)},  // stops in front of the dot at 2
-        {VARIANT_TRUE, 1, {0, 3}, Event::Modified(3, 0, 1)},
-        {VARIANT_TRUE, 3, {0, 6}, Event::Modified(6, 0, 3)},
-        {VARIANT_TRUE, 0, {0, 6}, Event::Modified(6, 0, 0)},  // no further dot
+        {forward.Get(), VARIANT_FALSE, 0, {0, 2}, Event::Modified(2, 0, 0)},  // in front of the dot at 2
+        {forward.Get(), VARIANT_TRUE, 1, {0, 3}, Event::Modified(3, 0, 1)},
+        {forward.Get(), VARIANT_TRUE, 3, {0, 6}, Event::Modified(6, 0, 3)},
+        {forward.Get(), VARIANT_TRUE, 0, {0, 6}, Event::Modified(6, 0, 0)},  // no further dot
+        {backward.Get(), VARIANT_FALSE, 2, {6, 8}, Event::Modified(0, 0, 2)},  // behind the dot at 5
+        {backward.Get(), VARIANT_TRUE, 1, {5, 8}, Event::Modified(0, 0, 1)},
+        {backward.Get(), VARIANT_TRUE, 3, {2, 8}, Event::Modified(0, 0, 3)},
     };
-    auto forward = Listened(SubSectionOf(root.Get(), 0, 2));
-    for (const auto& s : steps) {
+    for (const auto& step : steps) {
         LONG distance = -1;
-        EXPECT_EQ(forward->ExtendForwardTo(dot.Get(), s.include, &distance), S_OK);
-        EXPECT_EQ(distance, s.distance);
-        EXPECT_EQ(RangeOf(forward.Get()), s.after);
-        EXPECT_EQ(sink_.Take(), Events{s.heard});
+        const bool ahead = step.segment == forward.Get();
+        EXPECT_EQ(ahead ? step.segment->ExtendForwardTo(dot.Get(), step.include, &distance)
+                        : step.segment->ExtendBackwardTo(dot.Get(), step.include, &distance),
+                  S_OK);
+        EXPECT_EQ(distance, step.distance);
+        EXPECT_EQ(RangeOf(step.segment), step.after);
+        EXPECT_EQ((ahead ? sink_ : other_sink_).Take(), Events{step.heard});
     }
-    SegmentSink sink;
-    auto backward = SubSectionOf(root.Get(), 8, 8);
-    const DWORD cookie = Listen(backward.Get(), &sink);
-    const std::pair<VARIANT_BOOL, LONG> backward_steps[] = {{VARIANT_FALSE, 2}, {VARIANT_TRUE, 1}, {VARIANT_TRUE, 3}};
-    for (auto [include, expected] : backward_steps) {
-        LONG distance = -1;
-        EXPECT_EQ(backward->ExtendBackwardTo(dot.Get(), include, &distance), S_OK);
-        EXPECT_EQ(distance, expected) << "the first stops behind the dot at 5";
-        EXPECT_EQ(sink.Take(), (Events{Event::Modified(0, 0, expected)}));
-    }
-    EXPECT_EQ(RangeOf(backward.Get()), (Range{2, 8}));
-    StopListening(backward.Get(), cookie);
 }
 
 TEST_P(TextSegmentTest, ExtendingToAPatternStepsByItsLookAhead) {
@@ -214,16 +189,14 @@ TEST_P(TextSegmentTest, ExtendingToAPatternStepsByItsLookAhead) {
               static_cast<HRESULT>(0x8004290E)) << "the pattern's own failure";
 }
 
-// Sub-sections and Replace, relative to Origin.
-
-TEST_P(TextSegmentTest, SubSectionIsRelativeToTheOriginAndTakesOnlyTheBufferClass) {
-    auto segment = FiveToTwenty();
+// Sub-sections and Replace count from the origin; a sub-section takes only the buffer class.
+TEST_P(TextSegmentTest, SubSectionAndReplace) {
+    auto segment = Listened(FiveToTwenty());
     auto section = SubSectionOf(segment.Get(), 2, 4);
     EXPECT_EQ(RangeOf(section.Get()), (Range{7, 9}));
     EXPECT_EQ(TextOf(section.Get()), u"hi");
     EXPECT_EQ(RangeOf(SubSectionOf(segment.Get(), -5, 0).Get()), (Range{0, 5}));
     EXPECT_EQ(RangeOf(SubSectionOf(segment.Get(), 3, 1).Get()), (Range{8, 6})) << "Start > End is not refused";
-
     ComPtr<ITextSegment> refused;
     ExpectReported(segment->SubSection(16, 16, refused.Put()), 10002, u"Invalid Start parameter.", 78);
     ExpectReported(segment->SubSection(-6, 0, refused.Put()), 10002, u"Invalid Start parameter.", 78);
@@ -234,25 +207,16 @@ TEST_P(TextSegmentTest, SubSectionIsRelativeToTheOriginAndTakesOnlyTheBufferClas
     ASSERT_EQ(segment->put_PatternClass(Bstr(u"Other.Pattern").Get()), S_OK);
     ASSERT_EQ(segment->put_PatternIteratorClass(Bstr(u"Other.Iterator").Get()), S_OK);
     section = SubSectionOf(segment.Get(), 0, 1);
-    Bstr buffer_class, pattern_class, iterator_class;
-    section->get_BufferClass(buffer_class.Put());
-    section->get_PatternClass(pattern_class.Put());
-    section->get_PatternIteratorClass(iterator_class.Put());
-    EXPECT_EQ(buffer_class.View(), GetParam().buffer_class);
-    EXPECT_EQ(pattern_class.View(), u"Scrivix.PatternA");
-    EXPECT_EQ(iterator_class.View(), u"Scrivix.PatternIterator");
+    EXPECT_EQ(ClassOf(section.Get(), &ITextSegment::get_BufferClass), GetParam().buffer_class);
+    EXPECT_EQ(ClassOf(section.Get(), &ITextSegment::get_PatternClass), u"Scrivix.PatternA");
+    EXPECT_EQ(ClassOf(section.Get(), &ITextSegment::get_PatternIteratorClass), u"Scrivix.PatternIterator");
     ASSERT_EQ(section->put_BufferClass(Bstr(u"Mine").Get()), S_OK);
-    segment->get_BufferClass(buffer_class.Put());
-    EXPECT_EQ(buffer_class.View(), GetParam().buffer_class) << "a put changes no other segment";
-}
+    EXPECT_EQ(ClassOf(segment.Get(), &ITextSegment::get_BufferClass), GetParam().buffer_class) << "only its own";
 
-TEST_P(TextSegmentTest, ReplaceIsRelativeToTheOrigin) {
-    auto segment = Listened(FiveToTwenty());
     ASSERT_EQ(segment->Replace(0, 2, Bstr(u"XYZ").Get()), S_OK);
     EXPECT_EQ(RangeOf(segment.Get()), (Range{5, 21}));
     EXPECT_EQ(TextOf(root_.Get()), u"abcdeXYZhijklmnopqrstuvwxyz0123");
     EXPECT_EQ(sink_.Take(), (Events{Event::Modified(0, 2, 3)}));
-
     // Out of range: From beyond the limit, a negative count, Origin + count beyond the limit.
     const Bstr x(u"x");
     EXPECT_EQ(segment->Replace(17, 17, x.Get()), E_INVALIDARG);
@@ -261,8 +225,6 @@ TEST_P(TextSegmentTest, ReplaceIsRelativeToTheOrigin) {
     EXPECT_EQ(segment->Replace(10, 26, nullptr), S_OK) << "only Origin + count is checked against the limit";
     EXPECT_EQ(segment->Replace(-6, -6, x.Get()), static_cast<HRESULT>(0x80042710)) << "the buffer's own failure";
 }
-
-// Files and buffer segments.
 
 TEST_P(TextSegmentTest, WriteFileAndLoadFileThroughTheBuffer) {
     TempDir dir;
@@ -287,23 +249,24 @@ TEST_P(TextSegmentTest, WriteFileAndLoadFileThroughTheBuffer) {
     EXPECT_EQ(loaded->LoadFile(name.Get(), 3, nullptr), E_POINTER);
 }
 
+// The buffer segment is bound to the range; the buffer's SegmentClass decides, and a null one makes none.
 TEST_P(TextSegmentTest, SegmentBufferIsBoundToTheRange) {
     auto segment = FiveToTwenty();
     ComPtr<IUnknown> unknown;
     ASSERT_EQ(segment->SegmentBuffer(unknown.Put()), S_OK);
     auto view = unknown.As<IBufferSegment>();
     ASSERT_TRUE(view);
-    void *begin = nullptr, *seg_begin = nullptr, *seg_end = nullptr;
+    const auto at = [&](HRESULT (STDMETHODCALLTYPE IBufferSegment::*get)(void**)) {
+        void* position = nullptr;
+        EXPECT_EQ((view.Get()->*get)(&position), S_OK);
+        return static_cast<char*>(position);
+    };
     SHORT size = 0;
-    view->Begin(&begin);
-    view->SegBegin(&seg_begin);
-    view->SegEnd(&seg_end);
-    view->CharacterSize(&size);
+    EXPECT_EQ(view->CharacterSize(&size), S_OK);
     EXPECT_EQ(size, GetParam().char_size);
-    EXPECT_EQ(static_cast<char*>(seg_begin) - static_cast<char*>(begin), 5 * size);
-    EXPECT_EQ(static_cast<char*>(seg_end) - static_cast<char*>(begin), 20 * size);
+    EXPECT_EQ(at(&IBufferSegment::SegBegin) - at(&IBufferSegment::Begin), 5 * size);
+    EXPECT_EQ(at(&IBufferSegment::SegEnd) - at(&IBufferSegment::Begin), 20 * size);
 
-    // The buffer's SegmentClass decides; a null one cannot make anything.
     ComPtr<IUnknown> source;
     ASSERT_EQ(view->get_Source(0, 0, source.Put()), S_OK);
     ASSERT_EQ(source.As<IEditBuffer>()->put_SegmentClass(nullptr), S_OK);
