@@ -323,7 +323,7 @@ TEST_P(PatternIteratorTest, FirstStartsWhereItIsToldAndClearDropsEveryPattern) {
 }
 
 // Edits while iterating. Each row stands on the stop First(first_at) finds, replaces its selection
-// through the iterator or edits the buffer directly, and reads the buffer, the stop it stands on and
+// through the iterator or edits the buffer directly, and reads the text, the stop it stands on and
 // those that follow. A selection whose match was dropped cannot be replaced.
 
 struct BufferEdit {
