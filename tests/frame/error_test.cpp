@@ -1,14 +1,13 @@
-// Error records as operations leave them: every field, the message table, and both forms of re-reporting.
+// Error records as operations leave them: every field, the message table, unknown numbers, both forms of
+// re-reporting, and records that belong to their thread.
 #include "frame/error.h"
 #include "interfaces/messages.h"
 #include "platform/bstr.h"
 #include "platform/com_ptr.h"
 #include "support/error_record.h"
-#include "support/test_support.h"
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <thread>
 
 namespace scrivix {
@@ -24,27 +23,14 @@ ErrorRecord TakeRecord() {
     return test::TakeErrorRecord();
 }
 
-TEST(ReportError, FillsEveryFieldOfTheRecord) {
-    EXPECT_EQ(ReportMessage(CLSID_EditBufferA, IID_IEditBuffer, kInvalidExtent), static_cast<HRESULT>(0x80042710u));
-    ErrorRecord record = TakeRecord();
-    EXPECT_EQ(record.guid, IID_IEditBuffer);
-    EXPECT_EQ(record.source, u"Scrivix.EditBufferA.1");
-    EXPECT_EQ(record.description, u"Invalid Extent.");
-    EXPECT_EQ(record.help_file, u"Scrivix.chm");
-    EXPECT_EQ(record.help_context, 76u);
-
-    ComPtr<IErrorInfo> none;
-    EXPECT_EQ(GetErrorInfo(0, none.Put()), S_FALSE) << "taking the record clears it";
-}
-
+// Each message fills every field of the record from the table; taking the record clears it.
 TEST(ReportError, TheWholeMessageTable) {
-    struct Row {
+    const struct {
         UINT number;
         HRESULT status;
         DWORD help_context;
         const char16_t* text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {10000, static_cast<HRESULT>(0x80042710u), 76, u"Invalid Extent."},
         {10001, static_cast<HRESULT>(0x80042711u), 77, u"Insuficent memory for operation."},
         {10002, static_cast<HRESULT>(0x80042712u), 78, u"Invalid Start parameter."},
@@ -65,44 +51,46 @@ TEST(ReportError, TheWholeMessageTable) {
         {10509, static_cast<HRESULT>(0x8004290Du), 92, u"No Spans to search for."},
         {10510, static_cast<HRESULT>(0x8004290Eu), 94, u"Attempt to search using an empty Pattern."},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.number);
-        EXPECT_EQ(ReportMessage(CLSID_PatternU, IID_IPattern, row.number), row.status);
-        ErrorRecord record = TakeRecord();
+        EXPECT_EQ(ReportMessage(CLSID_EditBufferA, IID_IEditBuffer, row.number), row.status);
+        const ErrorRecord record = TakeRecord();
+        EXPECT_EQ(record.guid, IID_IEditBuffer);
+        EXPECT_EQ(record.source, u"Scrivix.EditBufferA.1");
         EXPECT_EQ(record.description, row.text);
-        EXPECT_EQ(record.help_context, row.help_context);
         EXPECT_EQ(record.help_file, u"Scrivix.chm");
-        EXPECT_EQ(record.source, u"Scrivix.PatternU.1");
+        EXPECT_EQ(record.help_context, row.help_context);
+        ComPtr<IErrorInfo> none;
+        EXPECT_EQ(GetErrorInfo(0, none.Put()), S_FALSE) << "taking the record clears it";
     }
 }
 
 TEST(ReportError, UnknownNumbersAndClassesWithoutProgId) {
     EXPECT_EQ(ReportError(IID_IPattern, 4711, 0, kHelpFile, IID_IPattern, 0), static_cast<HRESULT>(0x80041267u));
-    ErrorRecord record = TakeRecord();
+    const ErrorRecord record = TakeRecord();
     EXPECT_EQ(record.description, u"Unknown Error");
     EXPECT_EQ(record.source, u"") << "a class id without a ProgID leaves the source empty";
     EXPECT_EQ(record.help_file, u"") << "help context 0: no help file";
     EXPECT_EQ(record.help_context, 0u);
 }
 
-TEST(ReportError, ReReportingByNumberKeepsTheStatusOfTheTable) {
-    const HRESULT caught = ReportMessage(CLSID_PatternA, IID_IPattern, kIllegalExpression);
+// A caught record is reported again under the catching class: by number with the table's status and the
+// caught interface id, or by text under DISP_E_EXCEPTION and the catching interface.
+TEST(ReportError, ReReporting) {
+    HRESULT caught = ReportMessage(CLSID_PatternA, IID_IPattern, kIllegalExpression);
     EXPECT_EQ(ReReportByNumber(CLSID_PatternIterator, caught), caught);
     ErrorRecord record = TakeRecord();
     EXPECT_EQ(record.source, u"Scrivix.PatternIterator.1");
-    EXPECT_EQ(record.guid, IID_IPattern) << "the caught record's interface id";
+    EXPECT_EQ(record.guid, IID_IPattern);
     EXPECT_EQ(record.description, u"Illegal Regular Expression.");
     EXPECT_EQ(record.help_context, 85u);
-
     SetErrorInfo(0, nullptr);
     EXPECT_EQ(ReReportByNumber(CLSID_Span, E_INVALIDARG), static_cast<HRESULT>(0x80040057u));
     EXPECT_EQ(TakeRecord().description, u"Unknown Error");
-}
 
-TEST(ReportError, ReReportingByTextGivesDispException) {
-    const HRESULT caught = ReportMessage(CLSID_PatternA, IID_IPattern, kImproperClosure);
+    caught = ReportMessage(CLSID_PatternA, IID_IPattern, kImproperClosure);
     EXPECT_EQ(ReReportByText(CLSID_PatternIterator, IID_IPatternIterator, caught), DISP_E_EXCEPTION);
-    ErrorRecord record = TakeRecord();
+    record = TakeRecord();
     EXPECT_EQ(record.guid, IID_IPatternIterator);
     EXPECT_EQ(record.description, u"Improper closure of Regular Expression.");
     EXPECT_EQ(record.help_context, 87u);

@@ -1,6 +1,6 @@
-// The iterator's adjustment to an edit of its source, as a pure function: the documented cases, when the
-// source's length is asked for, a failing length, and long random edit sequences against a plain
-// restatement of the rule.
+// The iterator's adjustment to an edit of its source, as a pure function: the documented cases with the
+// times the source's length is asked for, a failing length, extreme values, and long random edit
+// sequences against a plain restatement of the rule.
 #include "iterator/iterator_adjustment.h"
 
 #include "support/text_segments.h"
@@ -16,82 +16,57 @@ void PrintTo(const IteratorPositions& at, std::ostream* out) {
 
 namespace {
 
-// Runs the adjustment with a source of `length` characters, counting the times the length is asked for.
-struct Adjusted {
-    IteratorPositions at;
-    int length_calls = 0;
-};
-Adjusted Adjust(IteratorPositions at, SourceEdit edit, LONG length) {
-    Adjusted result{at};
-    EXPECT_EQ(AdjustToEdit(result.at, edit, [&](LONG& out) {
-                  ++result.length_calls;
-                  out = length;
-                  return S_OK;
-              }),
-              S_OK);
-    return result;
+// The adjustment with a source of `length` characters; counts the times the length is asked for.
+IteratorPositions Adjust(IteratorPositions at, SourceEdit edit, LONG length, int* asked = nullptr) {
+    const auto source_length = [&](LONG& out) {
+        if (asked) ++*asked;
+        out = length;
+        return S_OK;
+    };
+    EXPECT_EQ(AdjustToEdit(at, edit, source_length), S_OK);
+    return at;
 }
-
-struct Case {
-    IteratorPositions before;
-    SourceEdit edit;
-    LONG length;  // the source's length after the edit
-    IteratorPositions after;
-};
 
 // A match [4, 7) found by target 0, base 0, over a source of 20 characters.
 constexpr IteratorPositions kMatch{0, 4, 7, 0};
 
 TEST(IteratorAdjustment, DocumentedCases) {
-    const Case cases[] = {
-        // Inserted in front of the iterator: the base moves, the match stays.
-        {kMatch, {0, 0, 3}, 23, {3, 4, 7, 0}},
-        // Wholly behind the match: nothing changes.
-        {kMatch, {10, 2, 0}, 18, kMatch},
-        // Inside the match: the start stays, the end stays by the shift 0, the match is dropped.
-        {kMatch, {5, 1, 1}, 20, {0, 4, 7, -1}},
-        // Inserted at the match's end: taken into the match, which is dropped.
-        {kMatch, {7, 0, 2}, 22, {0, 4, 9, -1}},
-        // Inserted at the match's start: the end moves, the start stays, the match is dropped.
-        {kMatch, {4, 0, 2}, 22, {0, 4, 9, -1}},
-        // Inserted just after the start: the same.
-        {kMatch, {5, 0, 2}, 22, {0, 4, 9, -1}},
-        // Deleted wholly before the match: both positions move, the match stays.
-        {{0, 10, 12, 1}, {2, 3, 0}, 17, {0, 7, 9, 1}},
-        // A deletion over the whole match that runs on past it: the rule looks at where the replaced
-        // text ends, and both positions lie before that.
-        {kMatch, {2, 10, 0}, 10, kMatch},
-        // A deletion that ends inside the match, begun before it.
-        {kMatch, {3, 2, 0}, 18, {0, 4, 5, -1}},
-        // A deletion at the source's end leaves positions beyond it: they are pulled back.
-        {{0, 15, 18, 0}, {10, 10, 0}, 10, {0, 10, 10, -1}},
-        // A deletion that ends at the match's end: the start is pulled back to the source's new end, the
-        // end moves with the edit and is pulled up to the start.
-        {{0, 12, 14, 0}, {5, 9, 0}, 11, {0, 11, 11, -1}},
-        // An edit that ends exactly at the base.
-        {{5, 1, 2, 0}, {2, 3, 1}, 18, {3, 1, 2, 0}},
-        // A selection of length 0 at an insertion point.
-        {{0, 6, 6, -1}, {6, 0, 4}, 24, {0, 6, 10, -1}},
-        // Positions relative to a base: the edit counts from the source, the selection from the base.
-        {{3, 1, 4, 2}, {10, 0, 5}, 25, {3, 1, 4, 2}},
-        {{3, 1, 4, 2}, {5, 1, 0}, 19, {3, 1, 3, -1}},
+    const struct {
+        IteratorPositions before;
+        SourceEdit edit;
+        LONG length;  // the source's length after the edit
+        IteratorPositions after;
+        int asked;  // the length is asked for only where a position stays before the edit, and once
+    } cases[] = {
+        {kMatch, {0, 0, 3}, 23, {3, 4, 7, 0}, 0},    // inserted in front: the base moves, the match stays
+        {kMatch, {10, 2, 0}, 18, kMatch, 1},         // wholly behind the match: nothing changes
+        {kMatch, {5, 1, 1}, 20, {0, 4, 7, -1}, 1},   // inside: the start stays, the end moves by 0, dropped
+        {kMatch, {7, 0, 2}, 22, {0, 4, 9, -1}, 1},   // inserted at the match's end: taken in, dropped
+        {kMatch, {4, 0, 2}, 22, {0, 4, 9, -1}, 1},   // at its start: the end moves, the start stays, dropped
+        {kMatch, {5, 0, 2}, 22, {0, 4, 9, -1}, 1},   // just after the start: the same
+        {{0, 10, 12, 1}, {2, 3, 0}, 17, {0, 7, 9, 1}, 0},  // deleted wholly before: both move, match stays
+        // Over the whole match and on past it: the rule looks at where the replaced text ends.
+        {kMatch, {2, 10, 0}, 10, kMatch, 1},
+        {kMatch, {3, 2, 0}, 18, {0, 4, 5, -1}, 1},  // ends inside the match, begun before it
+        {{0, 15, 18, 0}, {10, 10, 0}, 10, {0, 10, 10, -1}, 1},  // positions beyond the new end: pulled back
+        // Ends at the match's end: the start is pulled back to the new end, the end moves and is pulled up.
+        {{0, 12, 14, 0}, {5, 9, 0}, 11, {0, 11, 11, -1}, 1},
+        {{5, 1, 2, 0}, {2, 3, 1}, 18, {3, 1, 2, 0}, 0},      // ends exactly at the base
+        {{0, 6, 6, -1}, {6, 0, 4}, 24, {0, 6, 10, -1}, 1},   // a selection of length 0 at the insertion
+        // The edit counts from the source, the selection from the base.
+        {{3, 1, 4, 2}, {10, 0, 5}, 25, {3, 1, 4, 2}, 1},
+        {{3, 1, 4, 2}, {5, 1, 0}, 19, {3, 1, 3, -1}, 1},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << ::testing::PrintToString(c.before) << " Modified(" << c.edit.origin
-                                          << ", " << c.edit.old_length << ", " << c.edit.new_length << ")");
-        EXPECT_EQ(Adjust(c.before, c.edit, c.length).at, c.after);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << ::testing::PrintToString(c.before) << " " << c.edit);
+        int asked = 0;
+        EXPECT_EQ(Adjust(c.before, c.edit, c.length, &asked), c.after);
+        EXPECT_EQ(asked, c.asked);
     }
 }
 
-TEST(IteratorAdjustment, AsksForTheLengthOnlyWhereAPositionStaysBeforeTheEdit) {
-    EXPECT_EQ(Adjust(kMatch, {0, 0, 3}, 23).length_calls, 0) << "the base moves, nothing else is looked at";
-    EXPECT_EQ(Adjust(kMatch, {2, 1, 0}, 19).length_calls, 0) << "both positions behind the edit";
-    EXPECT_EQ(Adjust(kMatch, {5, 1, 1}, 20).length_calls, 1) << "the start stays: checked against the end";
-    EXPECT_EQ(Adjust(kMatch, {10, 2, 0}, 18).length_calls, 1) << "both stay, asked once";
-}
-
 TEST(IteratorAdjustment, AFailingLengthEndsTheAdjustmentKeepingWhatMoved) {
-    IteratorPositions at{0, 4, 7, 0};
+    IteratorPositions at = kMatch;
     const auto failing = [](LONG&) { return E_FAIL; };
     EXPECT_EQ(AdjustToEdit(at, {5, 1, 1}, failing), E_FAIL);
     EXPECT_EQ(at, kMatch) << "the start needed the length first";
@@ -135,8 +110,7 @@ TEST(IteratorAdjustment, LongRandomEditSequencesAgreeWithTheRestatement) {
         LONG length = edits.Between(0, 60);
         IteratorPositions at{edits.Between(-3, 5), 0, 0, edits.Between(-1, 2)};
         for (int step = 0; step < 500; ++step) {
-            // Now and then a new selection, as a Next would make.
-            if (step == 0 || edits.Between(0, 9) == 0) {
+            if (step == 0 || edits.Between(0, 9) == 0) {  // now and then a new selection, as a Next makes
                 at.start = edits.Between(0, length);
                 at.end = edits.Between(at.start, length);
                 if (step > 0) at.matched = edits.Between(0, 2);
@@ -144,22 +118,20 @@ TEST(IteratorAdjustment, LongRandomEditSequencesAgreeWithTheRestatement) {
             // Edits around and inside the source, some reaching in front of it (negative origins).
             const SourceEdit edit = edits.Next(length, 12, 8);
             length = std::max<LONG>(0, length + edit.new_length - edit.old_length);
-            const Adjusted adjusted = Adjust(at, edit, length);
-            ASSERT_EQ(adjusted.at, Restated(at, edit, length))
+            int asked = 0;
+            const IteratorPositions adjusted = Adjust(at, edit, length, &asked);
+            ASSERT_EQ(adjusted, Restated(at, edit, length))
                 << "sequence " << sequence << " step " << step << " from " << ::testing::PrintToString(at);
-            ASSERT_LE(adjusted.length_calls, 1);
-            at = adjusted.at;
+            ASSERT_LE(asked, 1);
+            at = adjusted;
         }
     }
 }
 
 TEST(IteratorAdjustment, ExtremeValuesWrapInsteadOfOverflowing) {
-    IteratorPositions at{0, INT32_MAX - 1, INT32_MAX, 0};
-    EXPECT_EQ(AdjustToEdit(at, {0, 0, 5}, [](LONG&) { return S_OK; }), S_OK);
-    EXPECT_EQ(at.base, 5);
-    at = {0, 10, INT32_MAX, 0};
-    EXPECT_EQ(AdjustToEdit(at, {INT32_MAX, INT32_MAX, 0}, [](LONG& n) { n = 0; return S_OK; }), S_OK);
-    EXPECT_EQ(at, Restated({0, 10, INT32_MAX, 0}, {INT32_MAX, INT32_MAX, 0}, 0));
+    EXPECT_EQ(Adjust({0, INT32_MAX - 1, INT32_MAX, 0}, {0, 0, 5}, 0).base, 5);
+    const IteratorPositions at{0, 10, INT32_MAX, 0};
+    EXPECT_EQ(Adjust(at, {INT32_MAX, INT32_MAX, 0}, 0), Restated(at, {INT32_MAX, INT32_MAX, 0}, 0));
 }
 
 }  // namespace
