@@ -98,6 +98,23 @@ HRESULT DPatternIterator::Search(ITextSegment** found) {
     const LONG mode = mode_.load();
     Wide p = mode == smEndAtPattern ? resume_ : at_.end;
     at_.start = Narrow(p);
+    // The earliest occurrence, before `occurrence.start`, of any pattern in `patterns` that begins in
+    // [from, window end); only occurrences that end within the window count when `whole` is set. Its
+    // number goes to `occurrence.number`. (A lambda, so that the pass loop is one piece of code.)
+    IBufferSegment* const view = window.view.Get();
+    const auto find_earliest = [&](const PatternList& patterns, LONG from, bool whole, Occurrence& occurrence) {
+        for (size_t number = 0; number < patterns.size(); ++number) {
+            LONG start = from;
+            LONG found_end = window.end;
+            VARIANT_BOOL found = VARIANT_FALSE;
+            if (HRESULT failure = patterns[number]->Find(view, &start, &found_end, &found); FAILED(failure))
+                return failure;
+            // Strictly before: of two occurrences at one place the lower number wins.
+            if (found != VARIANT_FALSE && start < occurrence.start && (!whole || found_end <= window.end))
+                occurrence = {start, found_end, static_cast<LONG>(number)};
+        }
+        return S_OK;
+    };
     // A look-ahead of 0 or less lets no occurrence count: such a search can only run to the end.
     if (look_ahead <= 0) p = end;
     while (p < end) {
@@ -105,8 +122,8 @@ HRESULT DPatternIterator::Search(ITextSegment** found) {
         Occurrence ignore{limit, limit, -1};
         Occurrence target{limit, limit, -1};
         const LONG from = Narrow(std::clamp<Wide>(window.zero + p, window.begin, window.end));
-        if (FAILED(hr = FindEarliest(ignores_, window, from, false, ignore)) ||
-            FAILED(hr = FindEarliest(targets_, window, from, true, target)))
+        if (FAILED(hr = find_earliest(ignores_, from, false, ignore)) ||
+            FAILED(hr = find_earliest(targets_, from, true, target)))
             return ReReportByNumber(hr);
         if (target.start < ignore.start) {
             at_.matched = target.number;
@@ -155,21 +172,6 @@ HRESULT DPatternIterator::OpenWindow(SearchWindow& window) {
     window.begin = std::clamp<LONG>(origin, 0, buffer_length);
     window.end = Narrow(std::clamp<Wide>(Wide{origin} + length, window.begin, buffer_length));
     window.zero = Wide{origin} + at_.base;
-    return S_OK;
-}
-
-HRESULT DPatternIterator::FindEarliest(const PatternList& patterns, const SearchWindow& window, LONG from,
-                                       bool whole, Occurrence& occurrence) {
-    for (size_t number = 0; number < patterns.size(); ++number) {
-        LONG start = from;
-        LONG end = window.end;
-        VARIANT_BOOL found = VARIANT_FALSE;
-        HRESULT hr = patterns[number]->Find(window.view.Get(), &start, &end, &found);
-        if (FAILED(hr)) return hr;
-        // Strictly before: of two occurrences at one place the lower number wins.
-        if (found != VARIANT_FALSE && start < occurrence.start && (!whole || end <= window.end))
-            occurrence = {start, end, static_cast<LONG>(number)};
-    }
     return S_OK;
 }
 

@@ -75,11 +75,6 @@ private:
     // The body of Next, under the lock; a failure of a called object is returned as it came.
     HRESULT Search(ITextSegment** found);
     HRESULT OpenWindow(SearchWindow& window);
-    // The earliest occurrence, before `occurrence.start`, of any pattern in `patterns` that begins in
-    // [from, window end); only occurrences that end within the window count when `whole` is set. Its number
-    // goes to `occurrence.number`.
-    HRESULT FindEarliest(const PatternList& patterns, const SearchWindow& window, LONG from, bool whole,
-                         Occurrence& occurrence);
     // The selection as a new segment over the source, when `found` is wanted.
     void HandOut(ITextSegment** found);
     HRESULT SourceModified(const SourceEdit& edit);
